@@ -1,0 +1,11 @@
+# Every dependency comes from Debian's packages (scripts/setup.sh installs them).
+find_package(ZLIB REQUIRED)
+find_package(Threads REQUIRED)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(SNDFILE REQUIRED IMPORTED_TARGET sndfile)
+if(HALVERN_BUILD_TESTS)
+    find_package(GTest REQUIRED)
+endif()
+if(HALVERN_BUILD_BENCH)
+    find_package(benchmark REQUIRED)
+endif()

@@ -1,0 +1,189 @@
+#pragma once
+
+// The host-independent plug-in: what every host adapter drives. It owns the channel
+// configuration, the parameter interface, the processing frame that turns one host call
+// into calls of the effect (locks, denormal offset, bypass with latency compensation,
+// oversampling, channel modes, pieces of at most the maximum sub-block), and the locks
+// that keep processing apart from changes of the set-up.
+
+#include "core/audio_plugin_automation.h"
+#include "core/bypass_delay_line.h"
+#include "core/channel_mode.h"
+#include "core/midi_processor.h"
+#include "core/oversampler.h"
+#include "core/z_lock.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace halvern {
+
+// Host time information for the current block; the host adapter fills it.
+struct ZHostTimeInfo {
+    double tempo = 120.0;            // beats per minute
+    double sampleRate = 0.0;
+    double musicalPosition = 0.0;    // in quarter notes
+    bool positionValid = false;      // the host supplied tempo and position
+};
+
+// The buffers of the block being processed, in one direction.
+struct ZBlockBuffers {
+    float* const* channels = nullptr;
+    int busCount = 0;
+    int sampleCount = 0;
+    bool isInput = false;
+};
+
+class ZAudioPlugin : public ZAudioPluginAutomation<ZMIDIProcessor> {
+public:
+    static constexpr int kMaxChannels = 16;
+    static constexpr int kDefaultSubBlock = 256;
+    static constexpr int kDefaultAutomationSubBlock = 64;
+    static constexpr float kDenormalOffset = 1.0e-15f;
+
+    ZAudioPlugin();
+    ~ZAudioPlugin() override;
+
+    // ---- parameter interface (each runs in an exception frame named after it) ----
+    virtual int32_t GetParameterCount();
+    virtual void SetParameter(int32_t index, double value);
+    virtual void SetParameterIfChanged(int32_t index, double value);
+    virtual double GetParameter(int32_t index);
+    virtual std::string GetParameterName(int32_t index);
+    virtual std::string GetParameterID(int32_t index);
+    virtual std::string GetParameterValueName(int32_t index);
+    virtual std::string GetParameterValueNameFrom01(int32_t index, double value);
+    virtual double ParseParameterValueName(int32_t index, const std::string& text);
+    virtual std::string GetParameterUnitsName(int32_t index);
+    virtual ZParameterType GetParameterType(int32_t index);
+    virtual double GetParameterDefaultValue(int32_t index);
+
+    virtual int32_t GetInputBusCount();
+    virtual int32_t GetOutputBusCount();
+
+    // Prepares buffers, oversampler and delay lines for the sample rate and maximal block
+    // length; runs under the processing lock.
+    virtual void InitProcessing();
+
+    // ---- processing hooks ----
+    // Limit to which oversampled output is clamped; below 0 means no clamp.
+    virtual double GetOutputClampLimit();
+    // Called on a channel that a channel mode leads past the effect (dry, latency-aligned).
+    virtual void PassThroughChannel(float* channel, int32_t sampleCount, bool secondOfPair);
+    virtual void ProcessSubBlock(float* const* inputs, float* const* outputs, int32_t sampleCount);
+    virtual void BeforeProcessing(float* const* inputs, float* const* outputs, int32_t sampleCount, bool replacing);
+    virtual void AfterProcessing(float* const* inputs, float* const* outputs, int32_t sampleCount, bool replacing);
+    virtual void PrepareForProcessingOnce(float* const* inputs, float* const* outputs, int32_t sampleCount);
+
+    // The process entry. Turns away a concurrent call on the same instance with
+    // ZException "Could not acquire mutex."; the host adapter catches it.
+    void ProcessBlock(float* const* inputs, float* const* outputs, int32_t sampleCount, bool replacing);
+
+    // ---- set-up (host's main thread; each takes the processing lock) ----
+    // Total channels per direction, channels per bus, and the distance between the first
+    // channels of neighbouring buses in the pointer arrays (0: as many as per bus).
+    void SetChannelConfiguration(int inputs, int outputs, int channelsPerBus = 2, int busStride = 0);
+    int inputChannelCount() const { return inputChannels_; }
+    int outputChannelCount() const { return outputChannels_; }
+    int channelsPerBus() const { return channelsPerBus_; }
+
+    void SetSampleRate(double sampleRate);
+    double sampleRate() const { return sampleRate_; }
+    void SetMaxBlockSize(int samples);
+    int maxBlockSize() const { return maxBlockSize_; }
+
+    // The effect's own latency; the reported latency adds the oversampler's.
+    void SetLatency(int samples);
+    int GetLatency() const { return latency_; }
+    void SetOversampling(int factor);
+    int oversampling() const { return oversampling_; }
+    void SetBypass(bool bypass);
+    bool bypass() const { return bypass_; }
+    void SetChannelMode(ZChannelMode mode);
+    ZChannelMode channelMode() const { return channelMode_; }
+    // Bit i set: channel i goes through the effect in the surround mode.
+    void SetSurroundChannelMask(uint32_t mask);
+    uint32_t surroundChannelMask() const { return surroundMask_; }
+    void SetClearOutputsFirst(bool clear) { clearOutputsFirst_ = clear; }
+    void SetSeparateInputBuffers(bool separate) { separateInputBuffers_ = separate; }
+    void SetMetering(bool metering) { metering_ = metering; }
+    double inputLevel() const { return inputLevel_; }
+    double outputLevel() const { return outputLevel_; }
+    void SetMaxSubBlock(int samples) { maxSubBlock_ = samples; }
+    int maxSubBlock() const { return maxSubBlock_; }
+    void SetAutomationSubBlock(int samples) { automationSubBlock_ = samples; }
+
+    ZHostTimeInfo& hostTime() { return hostTime_; }
+    ZLock& processingLock() { return processingLock_; }
+    const ZBlockBuffers& currentInputs() const { return currentInputs_; }
+    const ZBlockBuffers& currentOutputs() const { return currentOutputs_; }
+
+private:
+    using ChannelArray = std::array<float*, kMaxChannels>;
+
+    void processFrame(ChannelArray& inputs, ChannelArray& outputs, int n, bool replacing);
+    void processDirect(ChannelArray& inputs, ChannelArray& outputs, int n, bool replacing);
+    void processOversampled(ChannelArray& inputs, ChannelArray& outputs, int n, bool replacing);
+    void processBypass(const ChannelArray& inputs, const ChannelArray& outputs, int n);
+    void innerProcess(const ChannelArray& inputs, const ChannelArray& outputs, int n);
+    void runPieces(ChannelArray inputs, ChannelArray outputs, int n);
+    int pieceLength(int n, bool& gliding);
+
+    // Channel modes around the effect, per two-channel bus.
+    bool modeApplies(const ChannelArray& inputs, const ChannelArray& outputs, int bus) const;
+    int effectiveMode(int bus) const;
+    void applyModeBefore(ChannelArray& inputs, ChannelArray& outputs, int n);
+    void applyModeAfter(const ChannelArray& dryInputs, const ChannelArray& outputs, int n);
+
+    void gatherChannels(float* const* host, int busCount, int perBus, ChannelArray& into, float* substitute) const;
+    double measurePeak(const ChannelArray& channels, int count, int n) const;
+    void updateLatency();
+    void allocateBuffers();
+    void sizeDelayLines();
+
+    // configuration
+    int inputChannels_ = 2;
+    int outputChannels_ = 2;
+    int channelsPerBus_ = 2;
+    int busStride_ = 2;
+    int effectLatency_ = 0;
+    int latency_ = 0;
+    int oversampling_ = 1;
+    double sampleRate_ = 0.0;
+    int maxBlockSize_ = 0;
+    bool prepared_ = false;
+
+    // processing state
+    bool bypass_ = false;
+    bool clearOutputsFirst_ = false;
+    bool separateInputBuffers_ = false;
+    ZChannelMode channelMode_ = ZChannelMode::Stereo;
+    uint32_t surroundMask_ = 0xFF;
+    bool metering_ = false;
+    double inputLevel_ = 0.0;
+    double outputLevel_ = 0.0;
+    int maxSubBlock_ = 0;
+    int automationSubBlock_ = kDefaultAutomationSubBlock;
+    ZHostTimeInfo hostTime_;
+    ZBlockBuffers currentInputs_;
+    ZBlockBuffers currentOutputs_;
+
+    // buffers, all sized in InitProcessing
+    std::vector<std::vector<float>> inputCopies_;      // separate input / in-place copies
+    std::vector<std::vector<float>> internalOutputs_;  // accumulate mode and downsampling
+    std::vector<std::vector<float>> modeBuffers_;      // mid/side and inverted inputs
+    std::vector<std::vector<float>> oversampledIn_;
+    std::vector<std::vector<float>> oversampledOut_;
+    std::vector<float> silence_;
+    std::vector<float> discard_;
+    std::vector<ZOversampler> oversamplers_;
+    std::vector<ZBypassDelayLine> bypassLines_;
+    std::vector<ZBypassDelayLine> passThroughLines_;
+
+    ZLock reentryLock_;
+    ZLock processingLock_;
+};
+
+} // namespace halvern
