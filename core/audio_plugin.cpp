@@ -166,6 +166,7 @@ void ZAudioPlugin::InitProcessing()
     if (maxBlockSize_ <= 0)
         maxBlockSize_ = kFallbackBlockSize;
     allocateBuffers();
+    updateLatency();
     prepared_ = true;
 }
 

@@ -460,6 +460,13 @@ TEST(AudioPluginFrame, LatencyChangesAreReportedToTheHost)
         void SendBypassAutomation(bool) override {}
         void QueueMIDIEvent(const ZMIDIEvent&) override {}
     } host;
+    {
+        // Oversampling chosen before processing is prepared counts once it is.
+        TestCore early;
+        early.SetOversampling(2);
+        prepare(early);
+        EXPECT_GT(early.GetLatency(), 0);
+    }
     TestCore core;
     core.SetHostAdapter(&host);
     prepare(core);
