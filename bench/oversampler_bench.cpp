@@ -75,4 +75,3 @@ BENCHMARK(BM_OversamplerUpsample)->Arg(2)->Arg(4);
 BENCHMARK(BM_OversamplerDownsample)->Arg(2)->Arg(4);
 BENCHMARK(BM_OversamplerRoundTrip)->Arg(2)->Arg(4);
 
-BENCHMARK_MAIN();

@@ -260,6 +260,36 @@ void ZAudioPlugin::SetSurroundChannelMask(uint32_t mask)
     surroundMask_ = mask;
 }
 
+void ZAudioPlugin::SetClearOutputsFirst(bool clear)
+{
+    ZLockHolder hold(processingLock_, -1);
+    clearOutputsFirst_ = clear;
+}
+
+void ZAudioPlugin::SetSeparateInputBuffers(bool separate)
+{
+    ZLockHolder hold(processingLock_, -1);
+    separateInputBuffers_ = separate;
+}
+
+void ZAudioPlugin::SetMetering(bool metering)
+{
+    ZLockHolder hold(processingLock_, -1);
+    metering_ = metering;
+}
+
+void ZAudioPlugin::SetMaxSubBlock(int samples)
+{
+    ZLockHolder hold(processingLock_, -1);
+    maxSubBlock_ = samples;
+}
+
+void ZAudioPlugin::SetAutomationSubBlock(int samples)
+{
+    ZLockHolder hold(processingLock_, -1);
+    automationSubBlock_ = samples;
+}
+
 // ---------------------------------------------------------------- hooks
 
 double ZAudioPlugin::GetOutputClampLimit() { return -1.0; }
@@ -303,9 +333,10 @@ void ZAudioPlugin::ProcessBlock(float* const* inputs, float* const* outputs, int
 
     if (!prepared_) {
         // Not yet resumed: nothing to process with, so the block stays silent.
-        for (int i = 0; i < outputBuses * busStride_; ++i)
-            if (replacing && outputs[i] != nullptr)
-                kernels::Zero(outputs[i], n);
+        if (replacing)
+            for (int bus = 0; bus < outputBuses; ++bus)
+                for (int channel = 0; channel < perBus; ++channel)
+                    kernels::Zero(outputs[bus * busStride_ + channel], n);
         return;
     }
 

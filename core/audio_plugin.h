@@ -14,6 +14,7 @@
 #include "core/z_lock.h"
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -106,14 +107,16 @@ public:
     // Bit i set: channel i goes through the effect in the surround mode.
     void SetSurroundChannelMask(uint32_t mask);
     uint32_t surroundChannelMask() const { return surroundMask_; }
-    void SetClearOutputsFirst(bool clear) { clearOutputsFirst_ = clear; }
-    void SetSeparateInputBuffers(bool separate) { separateInputBuffers_ = separate; }
-    void SetMetering(bool metering) { metering_ = metering; }
+    void SetClearOutputsFirst(bool clear);
+    void SetSeparateInputBuffers(bool separate);
+    void SetMetering(bool metering);
     double inputLevel() const { return inputLevel_; }
     double outputLevel() const { return outputLevel_; }
-    void SetMaxSubBlock(int samples) { maxSubBlock_ = samples; }
+    // Longest run the effect is given in one call; 0 or less means 256.
+    void SetMaxSubBlock(int samples);
     int maxSubBlock() const { return maxSubBlock_; }
-    void SetAutomationSubBlock(int samples) { automationSubBlock_ = samples; }
+    // Shorter run used while parameter changes glide across a block.
+    void SetAutomationSubBlock(int samples);
 
     ZHostTimeInfo& hostTime() { return hostTime_; }
     ZLock& processingLock() { return processingLock_; }
@@ -153,7 +156,7 @@ private:
     int oversampling_ = 1;
     double sampleRate_ = 0.0;
     int maxBlockSize_ = 0;
-    bool prepared_ = false;
+    std::atomic<bool> prepared_{false};
 
     // processing state
     bool bypass_ = false;

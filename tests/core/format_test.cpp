@@ -1,0 +1,125 @@
+#include "core/z_exception.h"
+#include "core/z_format.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+
+namespace halvern {
+
+TEST(FormatTest, DoublesUseFixedDecimalsBelowTenAndSignificantDigitsFromTen)
+{
+    EXPECT_EQ(ZFormat("{+0.2} dB").arg(0.0).text(), "0.00 dB");
+    EXPECT_EQ(ZFormat("{+0.2} dB").arg(0.001).text(), "+0.00 dB");
+    EXPECT_EQ(ZFormat("{+0.2} dB").arg(1e-21).text(), "0.00 dB");
+    EXPECT_EQ(ZFormat("{+0.2} dB").arg(-3.0).text(), "-3.00 dB");
+
+    EXPECT_EQ(ZFormat("{0}").arg(1.5).text(), "1.5000");
+    EXPECT_EQ(ZFormat("{0;.2}").arg(3.14159).text(), "3.14");
+    EXPECT_EQ(ZFormat("{0;.1} kHz").arg(12.345).text(), "12.3 kHz");
+    EXPECT_EQ(ZFormat("{0.9}").arg(0.5).text(), "0.500000000");
+    EXPECT_EQ(ZFormat("{0.12}").arg(1.0 / 3.0).text(), "0.333333333333");
+    EXPECT_EQ(ZFormat("{0.12}").arg(1234.5).text(), "1234.5");
+    EXPECT_EQ(ZFormat("{0.10}").arg(2.0 / 3.0).text(), "0.6666666667");
+}
+
+TEST(FormatTest, IntegersTakeSignHexadecimalAndPadding)
+{
+    EXPECT_EQ(ZFormat("{0:04}-{1:02}-{2:02}").arg(2024).arg(3).arg(7).text(), "2024-03-07");
+    EXPECT_EQ(ZFormat("{0 4}|").arg(42).text(), "  42|");
+    EXPECT_EQ(ZFormat("{0x}").arg(255).text(), "ff");
+    EXPECT_EQ(ZFormat("{0x04}").arg(255).text(), "00ff");
+    EXPECT_EQ(ZFormat("{+0}").arg(5).text(), "+5");
+    EXPECT_EQ(ZFormat("{+0}").arg(0).text(), "0");
+    EXPECT_EQ(ZFormat("{+0}").arg(-5).text(), "-5");
+    EXPECT_EQ(ZFormat("{0}").arg(std::numeric_limits<int64_t>::min()).text(), "-9223372036854775808");
+}
+
+TEST(FormatTest, TemplateEscapesOrderAndRepeatedArguments)
+{
+    EXPECT_EQ(ZFormat("{{0}}").text(), "{0}");
+    EXPECT_EQ(ZFormat("a}}b}").text(), "a}b");
+    EXPECT_EQ(ZFormat("SYSTEM EXCEPTION! {0}").arg("boom").text(), "SYSTEM EXCEPTION! boom");
+    EXPECT_EQ(ZFormat("{1} before {0}").arg("x").arg("y").text(), "y before x");
+    EXPECT_EQ(ZFormat("{0}{1} ({2+} cents)").arg("C#").arg(4).arg(12).text(), "C#4 (+12 cents)");
+    EXPECT_EQ(ZFormat("{0} = {0}").arg(7).text(), "7 = 7");
+    EXPECT_EQ(ZFormat("{0.1} or {0.3}").arg(0.5).text(), "0.5 or 0.500");
+    EXPECT_EQ(ZFormat("[{0}]").text(), "[]");
+    EXPECT_NO_THROW(ZFormat("{31}"));
+    EXPECT_THROW(ZFormat("{32}"), ZException);
+}
+
+TEST(FormatTest, UnterminatedArgumentThrows)
+{
+    for (const char* format : {"{0", "value {0;.2", "{"}) {
+        try {
+            ZFormat{format};
+            ADD_FAILURE() << format;
+        } catch (const ZException& error) {
+            EXPECT_STREQ(error.message(), "Formatting string ends in an argument specification.");
+        }
+    }
+}
+
+TEST(FormatTest, ScanningExtractsArgumentTexts)
+{
+    std::vector<std::string> arguments;
+    EXPECT_TRUE(ZScanFormat("{+0.2} dB", "-3.50 dB", arguments));
+    EXPECT_EQ(arguments, std::vector<std::string>{"-3.50"});
+    EXPECT_TRUE(ZScanFormat("{0} dB", "  7.5 \t dB  ", arguments));
+    EXPECT_EQ(arguments, std::vector<std::string>{"7.5"});
+    EXPECT_TRUE(ZScanFormat("{0:04}-{1:02}-{2:02}", "2024-03-07", arguments));
+    EXPECT_EQ(arguments, (std::vector<std::string>{"2024", "03", "07"}));
+    EXPECT_TRUE(ZScanFormat("{1}/{0}", "3/4", arguments));
+    EXPECT_EQ(arguments, (std::vector<std::string>{"4", "3"}));
+    EXPECT_TRUE(ZScanFormat("a {0}", "a3", arguments)); // format whitespace matches none
+    EXPECT_EQ(arguments, std::vector<std::string>{"3"});
+    EXPECT_TRUE(ZScanFormat("{{{0}", "{5", arguments));
+    EXPECT_EQ(arguments, std::vector<std::string>{"5"});
+
+    // The end of the input ends the scan; what was read stands.
+    EXPECT_TRUE(ZScanFormat("{0} dB", "12", arguments));
+    EXPECT_EQ(arguments, std::vector<std::string>{"12"});
+    EXPECT_TRUE(ZScanFormat("{0} dB", "", arguments));
+    EXPECT_TRUE(arguments.empty());
+
+    EXPECT_FALSE(ZScanFormat("{0} dB", "7.5 Hz", arguments));
+    EXPECT_FALSE(ZScanFormat("{{{0}", "5", arguments));
+}
+
+TEST(FormatTest, ParsingNumbers)
+{
+    double value = 0;
+    EXPECT_TRUE(ZParseNumber("+2.5e1xyz", value));
+    EXPECT_EQ(value, 25.0);
+    EXPECT_TRUE(ZParseNumber("  -0.5", value));
+    EXPECT_EQ(value, -0.5);
+    EXPECT_FALSE(ZParseNumber("abc", value));
+    EXPECT_FALSE(ZParseNumber("", value));
+    EXPECT_FALSE(ZParseNumber("nan", value));
+    EXPECT_FALSE(ZParseNumber("inf", value));
+    EXPECT_EQ(value, -0.5);
+}
+
+TEST(FormatTest, FrequencyPrecisionFollowsMagnitude)
+{
+    EXPECT_EQ(FormatFrequency(0.0), "0 Hz");
+    EXPECT_EQ(FormatFrequency(0.0000099), "0 Hz");
+    EXPECT_EQ(FormatFrequency(0.00001), "0.0000 Hz");
+    EXPECT_EQ(FormatFrequency(-0.5), "-0.5000 Hz");
+    EXPECT_EQ(FormatFrequency(1.0), "1.00 Hz");
+    EXPECT_EQ(FormatFrequency(9.5), "9.50 Hz");
+    EXPECT_EQ(FormatFrequency(10.0), "10.0 Hz");
+    EXPECT_EQ(FormatFrequency(100.0), "100 Hz");
+    EXPECT_EQ(FormatFrequency(100.5), "101 Hz");
+    EXPECT_EQ(FormatFrequency(-100.5), "-100 Hz");
+    EXPECT_EQ(FormatFrequency(-150.6), "-151 Hz");
+    EXPECT_EQ(FormatFrequency(9999.4), "9999 Hz");
+    EXPECT_EQ(FormatFrequency(9999.5), "10000 Hz");
+    EXPECT_EQ(FormatFrequency(10000.0), "10.0 kHz");
+    EXPECT_EQ(FormatFrequency(12345.0), "12.3 kHz");
+    EXPECT_EQ(FormatFrequency(-20000.0), "-20.0 kHz");
+}
+
+} // namespace halvern

@@ -1,0 +1,329 @@
+#include "core/modulation_enums.h"
+#include "core/z_format.h"
+#include "core/z_value_enum.h"
+#include "core/z_value_number.h"
+#include "core/z_value_scale.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+
+namespace halvern {
+
+// An enumeration declared outside the framework, as an effect declares its own.
+enum class TestReverbMode : int32_t { Mode1, Mode2, Mode3, Mode4 };
+
+template <>
+struct ZEnumNames<TestReverbMode> {
+    static std::span<const char* const> names()
+    {
+        static const char* const kNames[] = {"Mode 1", "Mode 2", "Mode 3", "Mode 4"};
+        return kNames;
+    }
+};
+
+TEST(ValueNumberTest, IntegerPositionsRoundToNearest)
+{
+    int number = 0;
+    ZValueInt(&number, 0, 3, 0, 1).setNormalized(0.5); // 1.5 + 0.5 truncated
+    EXPECT_EQ(number, 2);
+    ZValueInt zeroToFour(&number, 0, 4, 0, 1);
+    zeroToFour.setNormalized(0.5);
+    EXPECT_EQ(number, 2);
+    number = 7;
+    EXPECT_EQ(zeroToFour.getNormalized(), 1.0);
+    number = -1;
+    EXPECT_EQ(zeroToFour.getNormalized(), 0.0);
+    EXPECT_EQ(zeroToFour.stepCount(), 5);
+
+    ZValueInt(&number, -10, 10, 0, 1).setNormalized(0.26); // -10 + trunc(5.2 + 0.5)
+    EXPECT_EQ(number, -5);
+
+    short small = 0;
+    EXPECT_TRUE(ZValueShort(&small, 0, 30000, 0, 1).setNormalized(2.0)); // 60000 must not wrap
+    EXPECT_EQ(small, 30000);
+
+    int64_t large = 0;
+    ZValueInt64 noRounding(&large, 0, 1000, 0, 1);
+    noRounding.setNormalized(0.4999);
+    EXPECT_EQ(large, 499);
+    EXPECT_EQ(noRounding.stepCount(), 0);
+}
+
+TEST(ValueNumberTest, WritesSetChangedAndReportDifferenceBeforeClamping)
+{
+    double gain = 0;
+    ZValueDouble value(&gain, -24, 24, 0, 0.5);
+    EXPECT_TRUE(value.setNormalized(0.75));
+    EXPECT_EQ(gain, 12.0);
+    value.clearChanged();
+    EXPECT_FALSE(value.setNormalized(0.75));
+    EXPECT_TRUE(value.isChanged());
+
+    double level = 10;
+    EXPECT_TRUE(ZValueDouble(&level, 0, 10, 0, 1).setNormalized(1.5));
+    EXPECT_EQ(level, 10.0);
+    EXPECT_EQ(ZValueDouble(&level, 5, 5, 5, 1).getNormalized(), 0.0);
+
+    float ratio = 0;
+    ZValueFloat floatValue(&ratio, 0, 1, 0, 0.1);
+    EXPECT_TRUE(floatValue.setNormalized(0.1));
+    EXPECT_EQ(ratio, 0.1f);
+    EXPECT_FALSE(floatValue.setNormalized(0.1));
+}
+
+TEST(ValueNumberTest, StepsResetAndClamping)
+{
+    double v = 5;
+    ZValueDouble value(&v, 0, 10, 2, 0.5);
+    EXPECT_TRUE(value.stepBy(3));
+    EXPECT_EQ(v, 6.5);
+    EXPECT_TRUE(value.stepBy(-20));
+    EXPECT_EQ(v, 0.0);
+    EXPECT_FALSE(value.stepBy(-1)); // already at the bottom: nothing changes
+    EXPECT_EQ(v, 0.0);
+
+    value.stepByExponent(1, 3); // 0.5 * 8, limited to the maximal increment 0.5
+    EXPECT_EQ(v, 0.5);
+    value.setMaximalIncrement(2);
+    value.stepByExponent(1, 1);
+    EXPECT_EQ(v, 1.5);
+    value.stepByExponent(1, 3);
+    EXPECT_EQ(v, 3.5);
+
+    EXPECT_TRUE(value.resetToDefault());
+    EXPECT_EQ(v, 2.0);
+    EXPECT_FALSE(value.resetToDefault());
+
+    v = 12;
+    value.clearChanged();
+    value.clampToRange();
+    EXPECT_EQ(v, 10.0);
+    EXPECT_TRUE(value.isChanged());
+    value.clearChanged();
+    value.clampToRange();
+    EXPECT_FALSE(value.isChanged());
+
+    double reversed = 3;
+    ZValueDouble(&reversed, 5, 1, 5, 1).clampToRange(); // maximum first, then minimum
+    EXPECT_EQ(reversed, 5.0);
+}
+
+TEST(ValueNumberTest, StorageTextHasSixDecimalsAndIsNotClamped)
+{
+    double v = -2.25;
+    ZValueDouble value(&v, 0, 10, 0, 1);
+    EXPECT_EQ(value.toStorageText(), "-2.250000");
+    v = 1.0 / 3.0;
+    EXPECT_EQ(value.toStorageText(), "0.333333");
+    value.fromStorageText("12.5");
+    EXPECT_EQ(v, 12.5);
+    value.fromStorageText("junk");
+    EXPECT_EQ(v, 12.5);
+
+    int n = 7;
+    ZValueInt integer(&n, 0, 10, 0, 1);
+    EXPECT_EQ(integer.toStorageText(), "7.000000");
+    integer.fromStorageText("3.000000");
+    EXPECT_EQ(n, 3);
+}
+
+TEST(ValueNumberTest, DisplayTextFormatsAndParses)
+{
+    double gain = 3;
+    ZValueDouble value(&gain, -24, 24, 0, 0.5, "{+0.2} dB");
+    EXPECT_EQ(value.getDisplayText(), "+3.00 dB");
+    EXPECT_TRUE(value.setFromDisplayText("-6.5 dB"));
+    EXPECT_EQ(gain, -6.5);
+    EXPECT_TRUE(value.setFromDisplayText("40 dB"));
+    EXPECT_EQ(gain, 24.0);
+    EXPECT_FALSE(value.setFromDisplayText("loud"));
+    EXPECT_FALSE(value.setFromDisplayText("5 Hz"));
+    EXPECT_EQ(gain, 24.0);
+
+    EXPECT_EQ(value.displayTextAt(0.25), "-12.00 dB");
+    EXPECT_EQ(value.displayTextAt(1.5), "+24.00 dB");
+    double normalized = 0;
+    EXPECT_TRUE(value.normalizedFromDisplayText("+12 dB", normalized));
+    EXPECT_EQ(normalized, 0.75);
+    EXPECT_EQ(gain, 24.0);
+
+    double plain = 1.25;
+    EXPECT_EQ(ZValueDouble(&plain, 0, 2, 0, 1).getDisplayText(), "1.2500");
+    short count = 7;
+    EXPECT_EQ(ZValueShort(&count, 0, 100, 0, 1, "{0:03}").getDisplayText(), "007");
+}
+
+TEST(ValueNumberTest, FormatterAndParserCallbacksReplaceTheFormat)
+{
+    double logHz = 3;
+    ZValueDouble frequency(&logHz, 1, 4, 3, 0.01);
+    frequency.setFormatter([](double v) { return FormatFrequency(std::pow(10.0, v)); });
+    frequency.setParser([](std::string_view text, double& v) {
+        double hz = 0;
+        if (!ZParseNumber(text, hz) || hz <= 0)
+            return false;
+        v = std::log10(hz);
+        return true;
+    });
+    EXPECT_EQ(frequency.getDisplayText(), "1000 Hz");
+    EXPECT_EQ(frequency.displayTextAt(0.0), "10.0 Hz");
+    EXPECT_TRUE(frequency.setFromDisplayText("100 Hz"));
+    EXPECT_EQ(logHz, 2.0);
+}
+
+TEST(ValueNumberTest, LoadAttributesAppliesDefaultValueAndIncrementRules)
+{
+    double v = 0;
+    ZValueDouble value(&v, 0, 1, 0, 1);
+    ZMLElement gain("value");
+    gain.setAttribute("name", "Gain");
+    gain.setAttribute("max", "12");
+    gain.setAttribute("default", "3");
+    gain.setAttribute("inc", "0.5");
+    gain.setAttribute("format", "{0;.1} dB");
+    value.loadAttributes(gain);
+    EXPECT_EQ(value.name(), "Gain");
+    EXPECT_EQ(value.defaultValue(), 3.0);
+    EXPECT_EQ(v, 3.0);
+    EXPECT_EQ(value.maximalIncrement(), 1.0); // the larger of 0.5 and the previous 1
+    EXPECT_EQ(value.getDisplayText(), "3.0 dB");
+
+    ZMLElement onlyValue("value");
+    onlyValue.setAttribute("value", "50");
+    onlyValue.setAttribute("inc", "4");
+    value.loadAttributes(onlyValue);
+    EXPECT_EQ(v, 50.0); // not clamped
+    EXPECT_EQ(value.defaultValue(), 50.0);
+    EXPECT_EQ(value.maximalIncrement(), 4.0);
+
+    ZMLElement both("value");
+    both.setAttribute("default", "0.2");
+    both.setAttribute("value", "0.7");
+    both.setAttribute("maxinc", "3");
+    value.loadAttributes(both);
+    EXPECT_EQ(value.defaultValue(), 0.2);
+    EXPECT_EQ(v, 0.7);
+    EXPECT_EQ(value.maximalIncrement(), 3.0);
+}
+
+TEST(ValueEnumTest, NormalizedPositionsRoundToNearestIndex)
+{
+    int32_t index = 3;
+    ZValueEnum<ZRangeMode> range(&index);
+    EXPECT_EQ(range.getNormalized(), 0.75);
+    EXPECT_TRUE(range.setNormalized(0.6)); // 0.6 * 4 + 0.5 = 2.9
+    EXPECT_EQ(range.getDisplayText(), "Up only");
+    range.setNormalized(0.63);
+    EXPECT_EQ(index, 3);
+    EXPECT_TRUE(range.setNormalized(1.2));
+    EXPECT_EQ(index, 4);
+    EXPECT_EQ(range.displayTextAt(0.6), "Up only");
+
+    ZValueEnum<ZLFOFollowerMode> follower(&index);
+    follower.setNormalized(0.5);
+    EXPECT_EQ(follower.getDisplayText(), "Logarithmic");
+    follower.setNormalized(0.49);
+    EXPECT_EQ(follower.getDisplayText(), "Squared");
+
+    ZValueEnum<TestReverbMode> reverbMode(&index);
+    reverbMode.setNormalized(1.0 / 3.0);
+    EXPECT_EQ(reverbMode.getDisplayText(), "Mode 2");
+    EXPECT_EQ(reverbMode.stepCount(), 4);
+}
+
+TEST(ValueEnumTest, EachEnumerationReadsItsOwnNames)
+{
+    int32_t index = 0;
+    ZValueEnum<ZNoteControllerMode> note(&index);
+    note.setFromDisplayText("Switch");
+    EXPECT_EQ(index, 4);
+    note.setNormalized(1.0);
+    EXPECT_EQ(note.toStorageText(), "Switch (all octaves)");
+    ZValueEnum<ZMultiParameterMode>(&index).setFromDisplayText("Switch");
+    EXPECT_EQ(index, 1);
+    ZValueEnum<ZLFOMode>(&index).fromStorageText("MIDI Envelope");
+    EXPECT_EQ(index, 2);
+    ZValueEnum<ZMultiParameterValueMode>(&index).setNormalized(1.0);
+    EXPECT_EQ(ZValueEnum<ZMultiParameterValueMode>(&index).getDisplayText(), "By first parameter");
+
+    ZValueEnum<ZRangeMode> range(&index);
+    EXPECT_TRUE(range.setFromDisplayText("down only")); // names match exactly
+    EXPECT_EQ(range.getDisplayText(), "Up and down");
+    double normalized = -1;
+    EXPECT_TRUE(range.normalizedFromDisplayText("Down only", normalized));
+    EXPECT_EQ(normalized, 0.75);
+}
+
+TEST(ValueEnumTest, ClampingStepsAndAttributes)
+{
+    int32_t index = 9; // from an old state
+    ZValueEnum<ZRangeMode> range(&index, ZRangeMode::FullRange);
+    range.clampToRange();
+    EXPECT_EQ(index, 4);
+    index = -2;
+    range.clampToRange();
+    EXPECT_EQ(index, 0);
+
+    index = 3;
+    EXPECT_TRUE(range.stepBy(2));
+    EXPECT_EQ(index, 4);
+    EXPECT_TRUE(range.resetToDefault());
+    EXPECT_EQ(index, 1);
+
+    ZMLElement element("value");
+    element.setAttribute("default", "Down only");
+    element.setAttribute("value", "Interval");
+    range.loadAttributes(element);
+    EXPECT_EQ(range.defaultValue(), 3);
+    EXPECT_EQ(index, 4);
+
+    ZMLElement unknown("value");
+    unknown.setAttribute("value", "Bogus");
+    range.loadAttributes(unknown);
+    EXPECT_EQ(index, 0);
+    EXPECT_EQ(range.defaultValue(), 0);
+}
+
+TEST(ValueScaleTest, TapersReshapeTheNormalizedView)
+{
+    double v = 25;
+    ZValueDouble inner(&v, 0, 100, 0, 1, "{0;.1}");
+    ZValueScaleSqr sqr(inner);
+    EXPECT_DOUBLE_EQ(sqr.getNormalized(), 0.5);
+    sqr.setNormalized(0.3);
+    EXPECT_DOUBLE_EQ(v, 9.0);
+    EXPECT_EQ(sqr.displayTextAt(0.5), "25.0");
+    double normalized = 0;
+    EXPECT_TRUE(sqr.normalizedFromDisplayText("36", normalized));
+    EXPECT_DOUBLE_EQ(normalized, 0.6);
+
+    double w = 10;
+    ZValueScalePower<4> power(std::make_unique<ZValueDouble>(&w, 0, 160, 0, 1, "{0;.1}"));
+    EXPECT_DOUBLE_EQ(power.getNormalized(), 0.5); // 0.0625 ^ 0.25
+    power.setNormalized(0.25);
+    EXPECT_DOUBLE_EQ(w, 160.0 / 256.0);
+    EXPECT_EQ(power.displayTextAt(0.5), "10.0");
+}
+
+TEST(ValueScaleTest, StepsOnTheTaperedAxisAndForwardsTheRest)
+{
+    double v = 0.9995 * 0.9995;
+    ZValueDouble inner(&v, 0, 1, 0, 0.01);
+    ZValueScaleSqr sqr(inner);
+    EXPECT_TRUE(sqr.stepBy(1));
+    EXPECT_EQ(v, 1.0);
+    v = 0.25;
+    sqr.stepBy(100); // 0.5 + 0.1 on the tapered axis
+    EXPECT_DOUBLE_EQ(v, 0.36);
+    sqr.stepBy(-1000);
+    EXPECT_EQ(v, 0.0);
+
+    sqr.stepByExponent(1, 0); // the inner increment
+    EXPECT_DOUBLE_EQ(v, 0.01);
+    sqr.setByIndex(1, 3); // the middle of the inner range
+    EXPECT_DOUBLE_EQ(v, 0.5);
+}
+
+} // namespace halvern
