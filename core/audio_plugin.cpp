@@ -129,6 +129,13 @@ int32_t ZAudioPlugin::GetOutputBusCount()
 
 // ---------------------------------------------------------------- set-up
 
+template <typename T>
+void ZAudioPlugin::setLocked(T& field, T value)
+{
+    ZLockHolder hold(processingLock_, -1);
+    field = value;
+}
+
 void ZAudioPlugin::SetChannelConfiguration(int inputs, int outputs, int channelsPerBus, int busStride)
 {
     if (busStride <= 0)
@@ -154,8 +161,7 @@ void ZAudioPlugin::SetSampleRate(double sampleRate)
 
 void ZAudioPlugin::SetMaxBlockSize(int samples)
 {
-    ZLockHolder hold(processingLock_, -1);
-    maxBlockSize_ = samples;
+    setLocked(maxBlockSize_, samples);
 }
 
 void ZAudioPlugin::InitProcessing()
@@ -256,38 +262,32 @@ void ZAudioPlugin::SetChannelMode(ZChannelMode mode)
 
 void ZAudioPlugin::SetSurroundChannelMask(uint32_t mask)
 {
-    ZLockHolder hold(processingLock_, -1);
-    surroundMask_ = mask;
+    setLocked(surroundMask_, mask);
 }
 
 void ZAudioPlugin::SetClearOutputsFirst(bool clear)
 {
-    ZLockHolder hold(processingLock_, -1);
-    clearOutputsFirst_ = clear;
+    setLocked(clearOutputsFirst_, clear);
 }
 
 void ZAudioPlugin::SetSeparateInputBuffers(bool separate)
 {
-    ZLockHolder hold(processingLock_, -1);
-    separateInputBuffers_ = separate;
+    setLocked(separateInputBuffers_, separate);
 }
 
 void ZAudioPlugin::SetMetering(bool metering)
 {
-    ZLockHolder hold(processingLock_, -1);
-    metering_ = metering;
+    setLocked(metering_, metering);
 }
 
 void ZAudioPlugin::SetMaxSubBlock(int samples)
 {
-    ZLockHolder hold(processingLock_, -1);
-    maxSubBlock_ = samples;
+    setLocked(maxSubBlock_, samples);
 }
 
 void ZAudioPlugin::SetAutomationSubBlock(int samples)
 {
-    ZLockHolder hold(processingLock_, -1);
-    automationSubBlock_ = samples;
+    setLocked(automationSubBlock_, samples);
 }
 
 // ---------------------------------------------------------------- hooks

@@ -143,6 +143,8 @@ private:
     void gatherChannels(float* const* host, int busCount, int perBus, ChannelArray& into, float* substitute) const;
     double measurePeak(const ChannelArray& channels, int count, int n) const;
     void updateLatency();
+    template <typename T>
+    void setLocked(T& field, T value);
     void allocateBuffers();
     void sizeDelayLines();
 

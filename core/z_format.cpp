@@ -20,7 +20,7 @@ bool isDigit(char c)
     return c >= '0' && c <= '9';
 }
 
-// One piece of a format string: a literal character or an argument specification.
+// One piece of a format string: a literal character or an argument placeholder.
 struct FormatPiece {
     bool isArgument = false;
     char literal = 0;

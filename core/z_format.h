@@ -1,7 +1,7 @@
 #pragma once
 
 // The formatting engine shared by the whole framework. A format string holds literal
-// text and numbered argument specifications in braces, for example "{+0.2} dB",
+// text and numbered argument placeholders in braces, for example "{+0.2} dB",
 // "{0;.2}" or "{0:04}-{1:02}-{2:02}". The same format strings parse typed text back
 // into argument texts (ZScanFormat).
 //
@@ -9,7 +9,7 @@
 //   ' 'N  pad with spaces to width N        '0'N  pad with zeros to width N
 //   '+'   plus sign for positive values     '.'N  N decimals (default 4)
 //   'x'   hexadecimal integers              anything else (';', ':') is ignored
-// "{{" is a literal '{'; a '}' outside a specification is dropped and the character
+// "{{" is a literal '{'; a '}' outside a placeholder is dropped and the character
 // after it is taken literally, so "}}" is a literal '}'.
 
 #include <cstdint>
@@ -19,7 +19,7 @@
 
 namespace halvern {
 
-// The options of one argument specification.
+// The options of one argument placeholder.
 struct ZFormatArgument {
     int index = 0;
     bool hexadecimal = false;
@@ -34,7 +34,7 @@ public:
     static constexpr int kMaxArguments = 32;
 
     // Parses the template; throws ZException when the string ends inside a
-    // specification or refers to an argument index of kMaxArguments or more.
+    // placeholder or refers to an argument index of kMaxArguments or more.
     explicit ZFormat(std::string_view format);
 
     // Each call supplies the next argument index, in order, to every reference of it.
