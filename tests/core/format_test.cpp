@@ -1,4 +1,5 @@
 #include "core/z_exception.h"
+#include "core/value_displays.h"
 #include "core/z_format.h"
 
 #include <gtest/gtest.h>
@@ -122,4 +123,26 @@ TEST(FormatTest, FrequencyPrecisionFollowsMagnitude)
     EXPECT_EQ(FormatFrequency(-20000.0), "-20.0 kHz");
 }
 
+} // namespace halvern
+
+namespace halvern {
+namespace {
+
+TEST(ValueDisplays, PercentAndTimeTextsAndTheirTypedForms)
+{
+    EXPECT_EQ(FormatPercent(0.255), "25.5 %");
+    EXPECT_EQ(FormatPercent(1.0), "100.0 %");
+    EXPECT_EQ(FormatTime(0.0015), "1.5 ms");
+    EXPECT_EQ(FormatTime(0.999), "999.0 ms");
+    EXPECT_EQ(FormatTime(1.0), "1.00 s");
+    EXPECT_EQ(FormatTime(29.9), "29.90 s");
+    double value = 0.0;
+    EXPECT_TRUE(ParsePercent("25.5 %", value));
+    EXPECT_DOUBLE_EQ(value, 0.255);
+    EXPECT_TRUE(ParseTime("250", value)); // typed times are milliseconds
+    EXPECT_DOUBLE_EQ(value, 0.25);
+    EXPECT_FALSE(ParseTime("soon", value));
+}
+
+} // namespace
 } // namespace halvern
