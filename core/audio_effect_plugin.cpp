@@ -52,6 +52,9 @@ void ZAudioEffectPlugin::Prepare(double sampleRate, int32_t maxBlockSize)
     maxBlockSize_ = maxBlockSize;
 }
 
+void ZAudioEffectPlugin::RegisterParameters(ZAudioPlugin&) {}
+bool ZAudioEffectPlugin::TakeParameterChanges() { return false; }
+
 void ZAudioEffectPlugin::SaveAdditionalState(ZMLElement&) {}
 void ZAudioEffectPlugin::LoadAdditionalState(const ZMLElement&) {}
 

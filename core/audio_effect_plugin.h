@@ -11,6 +11,7 @@
 
 namespace halvern {
 
+class ZAudioPlugin;
 class ZMLElement;
 struct ZHostTimeInfo;
 
@@ -49,6 +50,12 @@ public:
     // State that is not plain parameter values, after and before the parameters.
     virtual void SaveAdditionalState(ZMLElement& element);
     virtual void LoadAdditionalState(const ZMLElement& element);
+
+    // Adds the effect's host-visible parameters (and its automation adapters) to the
+    // core; called once, before anything else registers.
+    virtual void RegisterParameters(ZAudioPlugin& core);
+    // True when a parameter changed since the last call, so that Update must run.
+    virtual bool TakeParameterChanges();
 
     // The message form of Prepare, with an integer sample rate.
     int32_t PrepareFromMessage(int32_t sampleRate, int32_t maxBlockSize);

@@ -23,7 +23,10 @@ void sizeBuffers(std::vector<std::vector<float>>& buffers, int count, int length
 
 } // namespace
 
-ZAudioPlugin::ZAudioPlugin() = default;
+ZAudioPlugin::ZAudioPlugin()
+{
+    bypassValue_.setFormatter([](int on) { return std::string(on != 0 ? "On" : "Off"); });
+}
 ZAudioPlugin::~ZAudioPlugin() = default;
 
 // ---------------------------------------------------------------- parameters
@@ -245,10 +248,33 @@ void ZAudioPlugin::updateLatency()
 void ZAudioPlugin::SetBypass(bool bypass)
 {
     ZLockHolder hold(processingLock_, -1);
+    bypassValue_.setNormalized(bypass ? 1.0 : 0.0);
+    followBypassSwitch();
+}
+
+void ZAudioPlugin::RegisterBypassParameter()
+{
+    parameters().add({"Bypass", "Bypass", "", ZParameterType::Switch, "", true}, &bypassValue_);
+}
+
+void ZAudioPlugin::followBypassSwitch()
+{
+    const bool bypass = bypassSwitch_ != 0;
     if (bypass && !bypass_)
         for (auto& line : bypassLines_)
             line.clear();
     bypass_ = bypass;
+}
+
+// Host changes parked during the previous block are taken over before anything else, so
+// that the bypass switch among them decides this block. Continuous parameters glide
+// across the run the effect is given (longer than the block when oversampling).
+void ZAudioPlugin::takeParameterChanges(int n)
+{
+    const int effectLength = oversampling_ > 1 && GetInputBusCount() > 0 ? n * oversampling_ : n;
+    const bool canGlide = automationSubBlock_ > 0 && automationSubBlock_ < effectLength;
+    gliding_ = parameters().beginBlock(effectLength, canGlide);
+    followBypassSwitch();
 }
 
 void ZAudioPlugin::SetChannelMode(ZChannelMode mode)
@@ -365,7 +391,10 @@ void ZAudioPlugin::processFrame(ChannelArray& inputs, ChannelArray& outputs, int
 {
     currentInputs_ = ZBlockBuffers{inputs.data(), GetInputBusCount(), n, true};
     currentOutputs_ = ZBlockBuffers{outputs.data(), GetOutputBusCount(), n, false};
+    takeParameterChanges(n);
     if (bypass_) {
+        parameters().finishGlides();
+        gliding_ = false;
         processBypass(inputs, outputs, n);
         return;
     }
@@ -490,20 +519,17 @@ void ZAudioPlugin::innerProcess(const ChannelArray& inputs, const ChannelArray& 
     applyModeAfter(effectIn, outputs, n);
 }
 
-int ZAudioPlugin::pieceLength(int n, bool& gliding)
+int ZAudioPlugin::pieceLength(int n) const
 {
     int piece = maxSubBlock_ > 0 ? maxSubBlock_ : kDefaultSubBlock;
-    const bool canGlide = automationSubBlock_ > 0 && automationSubBlock_ < n;
-    gliding = parameters().beginBlock(n, canGlide);
-    if (gliding && automationSubBlock_ <= piece)
+    if (gliding_ && automationSubBlock_ < n && automationSubBlock_ <= piece)
         piece = automationSubBlock_;
     return piece < 1 ? kDefaultSubBlock : piece;
 }
 
 void ZAudioPlugin::runPieces(ChannelArray inputs, ChannelArray outputs, int n)
 {
-    bool gliding = false;
-    const int piece = pieceLength(n, gliding);
+    const int piece = pieceLength(n);
     if (piece >= n) {
         ProcessSubBlock(inputs.data(), outputs.data(), n);
     } else {
@@ -526,8 +552,9 @@ void ZAudioPlugin::runPieces(ChannelArray inputs, ChannelArray outputs, int n)
                         channel += length;
         }
     }
-    if (gliding)
+    if (gliding_)
         parameters().finishGlides();
+    gliding_ = false;
 }
 
 // ---------------------------------------------------------------- channel modes

@@ -11,6 +11,7 @@
 #include "core/channel_mode.h"
 #include "core/midi_processor.h"
 #include "core/oversampler.h"
+#include "core/z_value_number.h"
 #include "core/z_lock.h"
 
 #include <array>
@@ -102,6 +103,8 @@ public:
     int oversampling() const { return oversampling_; }
     void SetBypass(bool bypass);
     bool bypass() const { return bypass_; }
+    // Adds the bypass switch to the host-visible parameters (at the caller's index).
+    void RegisterBypassParameter();
     void SetChannelMode(ZChannelMode mode);
     ZChannelMode channelMode() const { return channelMode_; }
     // Bit i set: channel i goes through the effect in the surround mode.
@@ -110,6 +113,7 @@ public:
     void SetClearOutputsFirst(bool clear);
     void SetSeparateInputBuffers(bool separate);
     void SetMetering(bool metering);
+    bool metering() const { return metering_; }
     double inputLevel() const { return inputLevel_; }
     double outputLevel() const { return outputLevel_; }
     // Longest run the effect is given in one call; 0 or less means 256.
@@ -132,7 +136,9 @@ private:
     void processBypass(const ChannelArray& inputs, const ChannelArray& outputs, int n);
     void innerProcess(const ChannelArray& inputs, const ChannelArray& outputs, int n);
     void runPieces(ChannelArray inputs, ChannelArray outputs, int n);
-    int pieceLength(int n, bool& gliding);
+    int pieceLength(int n) const;
+    void takeParameterChanges(int n);
+    void followBypassSwitch();
 
     // Channel modes around the effect, per two-channel bus.
     bool modeApplies(const ChannelArray& inputs, const ChannelArray& outputs, int bus) const;
@@ -162,6 +168,9 @@ private:
 
     // processing state
     bool bypass_ = false;
+    int32_t bypassSwitch_ = 0;
+    ZValueInt bypassValue_{&bypassSwitch_, 0, 1, 0, 1};
+    bool gliding_ = false;
     bool clearOutputsFirst_ = false;
     bool separateInputBuffers_ = false;
     ZChannelMode channelMode_ = ZChannelMode::Stereo;

@@ -1,0 +1,96 @@
+#pragma once
+
+// The modulator host: the plug-in core that wraps an effect and gives it the framework's
+// modulators — four LFOs, four MultiParameters, MIDI and note controllers, the preset
+// switch controller and the input meters. Per piece it runs the modulators in a fixed
+// order before the effect, so the effect processes with the values they have just set.
+//
+// Host-visible parameters, in this order: the effect's own (and its automation
+// adapters'), the four MultiParameter values, "Bypass", then per LFO 1..4 its enable
+// switch, frequency and "LFO modulation".
+
+#include "core/audio_effect_plugin.h"
+#include "core/audio_plugin.h"
+#include "modulation/lfo.h"
+#include "modulation/midi_controllers.h"
+#include "modulation/multi_parameter.h"
+
+#include <array>
+#include <atomic>
+#include <memory>
+#include <random>
+
+namespace halvern {
+
+class ZAudioEffectPluginToAudioPluginAdapter : public ZEventTarget, public ZAudioPlugin {
+public:
+    static constexpr int kLFOCount = 4;
+    static constexpr int kMultiParameterCount = 4;
+    static constexpr int kParametersPerLFO = 3;
+
+    explicit ZAudioEffectPluginToAudioPluginAdapter(std::unique_ptr<ZAudioEffectPlugin> effect);
+    ~ZAudioEffectPluginToAudioPluginAdapter() override;
+
+    ZAudioEffectPlugin& effect() { return *effect_; }
+    ZLFO& lfo(int index) { return *lfos_.at(static_cast<size_t>(index)); }
+    ZMultiParameter& multiParameter(int index) { return *multiParameters_.at(static_cast<size_t>(index)); }
+    ZMIDIControllers& midiControllers() { return midiControllers_; }
+
+    int multiParameterIndex(int index) const { return firstMultiParameter_ + index; }
+    int bypassIndex() const { return bypassIndex_; }
+    // The first of the LFO's host parameters (enable, then frequency, then modulation).
+    int lfoParameterIndex(int index) const { return firstLFOParameter_ + index * kParametersPerLFO; }
+
+    // "Enable modulators": when off, no LFO runs; MultiParameters still act.
+    void SetModulatorsEnabled(bool enabled);
+    bool modulatorsEnabled() const { return modulatorsEnabled_; }
+
+    // "Randomize": new random settings for every modulator; "Randomize (only enabled)":
+    // only for the enabled ones. Editor thread.
+    void GenerateRandomSettings();
+    void GenerateRandomSettingsSmart();
+
+    // The periodic update outside the audio callback: hands the changes the modulators
+    // made to the host.
+    void ProcessUpdate();
+
+    // The preset step the preset switch controller asked for (-1, +1 or 0); taken once.
+    int TakePresetStep() { return presetStep_.exchange(0); }
+    double inputMeterLevel() const { return inputMeter_; }
+    double sideChainMeterLevel() const { return sideChainMeter_; }
+
+    std::string GetParameterName(int32_t index) override;
+    void InitProcessing() override;
+    void ProcessSubBlock(float* const* inputs, float* const* outputs, int32_t sampleCount) override;
+    void PrepareForProcessingOnce(float* const* inputs, float* const* outputs, int32_t sampleCount) override;
+    // The audio callback for one piece: modulators, then the effect.
+    void Process(float* const* inputs, float* const* outputs, int32_t sampleCount);
+
+    void ProcessNote(int channel, int note, int velocity, bool on, int32_t sampleOffset) override;
+    void ProcessMIDIController(int channel, int controller, int value, int32_t sampleOffset) override;
+    void ProcessAftertouch(int channel, int value, int32_t sampleOffset) override;
+    void ProcessPitchBend(int channel, int value, int32_t sampleOffset) override;
+
+private:
+    void registerParameters();
+    void runLFOs(float* const* inputs, int n);
+    void runMultiParameters(int n);
+    void feedMeters(float* const* inputs, int n);
+    void randomize(bool onlyEnabled);
+    ZLFOInput detectorInput(const ZLFO& lfo, float* const* inputs, int n) const;
+
+    std::unique_ptr<ZAudioEffectPlugin> effect_;
+    std::array<std::unique_ptr<ZLFO>, kLFOCount> lfos_;
+    std::array<std::unique_ptr<ZMultiParameter>, kMultiParameterCount> multiParameters_;
+    ZMIDIControllers midiControllers_;
+    bool modulatorsEnabled_ = true;
+    int firstMultiParameter_ = 0;
+    int bypassIndex_ = 0;
+    int firstLFOParameter_ = 0;
+    double inputMeter_ = 0.0;
+    double sideChainMeter_ = 0.0;
+    std::atomic<int> presetStep_{0};
+    std::mt19937 random_{std::random_device{}()};
+};
+
+} // namespace halvern
