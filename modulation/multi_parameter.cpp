@@ -17,7 +17,8 @@ double OutputOf(double fraction)
 } // namespace
 
 ZMultiParameter::ZMultiParameter(ZLock& processingLock, ZModulatorTarget firstTarget, int number)
-    : number_(number),
+    : processingLock_(processingLock),
+      number_(number),
       valueObject_(&value_, 0.0, 1.0, 0.0, 0.01),
       defaultValueObject_(&defaultValue_, 0.0, 1.0, 0.0, 0.01),
       modeObject_(&mode_, ZMultiParameterMode::Normal),
@@ -32,6 +33,18 @@ ZMultiParameter::ZMultiParameter(ZLock& processingLock, ZModulatorTarget firstTa
     defaultValueObject_.setParser(ParsePercent);
     switchTimeObject_.setFormatter(FormatTime);
     switchTimeObject_.setParser(ParseTime);
+}
+
+void ZMultiParameter::setEnabled(bool enabled)
+{
+    ZLockHolder hold(processingLock_, -1);
+    enabled_ = enabled;
+}
+
+void ZMultiParameter::setInterpolate(bool interpolate)
+{
+    ZLockHolder hold(processingLock_, -1);
+    interpolate_ = interpolate;
 }
 
 std::string ZMultiParameter::displayName() const

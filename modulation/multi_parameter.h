@@ -56,9 +56,10 @@ public:
     void resetValue() { valueObject_.setNormalized(defaultValue_); }
 
     bool enabled() const { return enabled_; }
-    void setEnabled(bool enabled) { enabled_ = enabled; }
+    // Both switches are read by the audio thread: they change under the processing lock.
+    void setEnabled(bool enabled);
     bool interpolate() const { return interpolate_; }
-    void setInterpolate(bool interpolate) { interpolate_ = interpolate; }
+    void setInterpolate(bool interpolate);
     const std::string& group() const { return group_; }
     void setGroup(std::string group) { group_ = std::move(group); }
     const std::string& name() const { return name_; }
@@ -125,6 +126,7 @@ private:
     std::string valueText(double value) const;
     const ZValue* firstTargetValue() const;
 
+    ZLock& processingLock_;
     int number_;
     bool enabled_ = false;
     double value_ = 0.0;
