@@ -240,7 +240,8 @@ void ZAudioEffectPluginToAudioPluginAdapter::GenerateRandomSettingsSmart()
 }
 
 // Random settings that stay musical: LFO rates spread evenly on a logarithmic scale
-// from 0.05 Hz to 5 Hz, phases anywhere, targets moved around a centre between 20 % and
+// from 0.05 Hz to 5 Hz, phases anywhere, one of the five basic shapes, targets moved
+// around a centre between 20 % and
 // 80 % by a depth between 10 % and 60 %, half of them inverted. Enable switches and
 // modes stay as they are.
 void ZAudioEffectPluginToAudioPluginAdapter::randomize(bool onlyEnabled)
@@ -263,7 +264,9 @@ void ZAudioEffectPluginToAudioPluginAdapter::randomize(bool onlyEnabled)
         settings.frequency = 0.05 * std::pow(100.0, unit(random_));
         settings.phase = unit(random_);
         lfo->setSettings(settings);
-        lfo->shape().setFamily(static_cast<ZSignalGenerator::Family>(std::uniform_int_distribution<int>(0, 4)(random_)));
+        ZSignalGenerator shape = lfo->shape();
+        shape.setFamily(static_cast<ZSignalGenerator::Family>(std::uniform_int_distribution<int>(0, 4)(random_)));
+        lfo->setShape(shape);
         lfo->targets().replaceAll(randomTargets(lfo->targets().targets()));
         for (int i = 0; i < kParametersPerLFO; ++i)
             parameters().markForHost(lfoParameterIndex(lfo->number() - 1) + i);

@@ -30,6 +30,16 @@ ZLFO::ZLFO(ZLock& processingLock, ZModulatorTarget firstTarget, int number)
     frequencyValue_.setFormatter([](double hz) { return FormatFrequency(hz); });
     amountValue_.setFormatter([](double fraction) { return FormatPercent(fraction); });
     amountValue_.setParser([](std::string_view text, double& fraction) { return ParsePercent(text, fraction); });
+    // Each LFO has its own random sequence.
+    ZRandomModulator::Settings randomSettings = random_.settings();
+    randomSettings.seed = static_cast<uint32_t>(number);
+    random_.setSettings(randomSettings);
+}
+
+void ZLFO::setShape(const ZSignalGenerator& shape)
+{
+    ZLockHolder hold(processingLock_, -1);
+    shape_ = shape;
 }
 
 void ZLFO::setSettings(const ZLFOSettings& settings)

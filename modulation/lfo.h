@@ -76,12 +76,19 @@ public:
     // A manual switch: turning the LFO off always gives the targets their values back.
     void setEnabledByUser(bool enabled);
     ZModulatorTargetList& targets() { return targets_; }
-    ZSignalGenerator& shape() { return shape_; }
-    ZLevelFollower& follower() { return follower_; }
-    ZEnvelopeGenerator& envelope() { return envelope_; }
-    ZRandomModulator& random() { return random_; }
-    ZPitchDetector& pitchDetector() { return pitch_; }
-    ZAutoTune& autoTune() { return autoTune_; }
+    // The shape and the detectors, read anywhere, changed under the processing lock.
+    const ZSignalGenerator& shape() const { return shape_; }
+    const ZLevelFollower& follower() const { return follower_; }
+    const ZEnvelopeGenerator& envelope() const { return envelope_; }
+    const ZRandomModulator& random() const { return random_; }
+    const ZPitchDetector& pitchDetector() const { return pitch_; }
+    const ZAutoTune& autoTune() const { return autoTune_; }
+    void setShape(const ZSignalGenerator& shape);
+    void setFollowerSettings(const ZLevelFollower::Settings& settings) { configure(follower_, settings); }
+    void setEnvelopeSettings(const ZEnvelopeGenerator::Settings& settings) { configure(envelope_, settings); }
+    void setRandomSettings(const ZRandomModulator::Settings& settings) { configure(random_, settings); }
+    void setPitchSettings(const ZPitchDetector::Settings& settings) { configure(pitch_, settings); }
+    void setAutoTuneSettings(const ZAutoTune::Settings& settings) { configure(autoTune_, settings); }
 
     // Sizes the detectors; under the processing lock.
     void prepare(double sampleRate, int maxBlock);
@@ -105,6 +112,12 @@ public:
     void noteOff() { envelope_.noteOff(); }
 
 private:
+    template <class Part>
+    void configure(Part& part, const typename Part::Settings& settings)
+    {
+        ZLockHolder hold(processingLock_, -1);
+        part.setSettings(settings);
+    }
     double detect(const ZLFOInput& input);
     double fromDetector(double d) const;
     void syncToHost(const ZLFOInput& input, double rate);
