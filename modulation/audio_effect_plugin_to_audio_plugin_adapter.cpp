@@ -240,10 +240,9 @@ void ZAudioEffectPluginToAudioPluginAdapter::GenerateRandomSettingsSmart()
 }
 
 // Random settings that stay musical: LFO rates spread evenly on a logarithmic scale
-// from 0.05 Hz to 5 Hz, phases anywhere, one of the five basic shapes, targets moved
-// around a centre between 20 % and
-// 80 % by a depth between 10 % and 60 %, half of them inverted. Enable switches and
-// modes stay as they are.
+// from 0.05 Hz to 5 Hz, phases anywhere, one of the five basic shapes; targets moved
+// around a centre between 20 % and 80 % by a depth between 10 % and 60 %, half of them
+// inverted. Enable switches and modes stay as they are.
 void ZAudioEffectPluginToAudioPluginAdapter::randomize(bool onlyEnabled)
 {
     std::uniform_real_distribution<double> unit(0.0, 1.0);
