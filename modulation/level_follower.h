@@ -7,7 +7,7 @@
 // the follower curve.
 
 #include "core/modulation_enums.h"
-#include "modulation/biquad.h"
+#include "core/biquad.h"
 
 #include <array>
 

@@ -3,7 +3,7 @@
 // The LFO's "Pitch" mode: a pitch detector for the input, an auto-tuner that pulls a
 // detected pitch towards the equal-tempered scale, and the mapping of a pitch onto d.
 
-#include "modulation/biquad.h"
+#include "core/biquad.h"
 
 #include <array>
 #include <cstddef>

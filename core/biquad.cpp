@@ -1,4 +1,4 @@
-#include "modulation/biquad.h"
+#include "core/biquad.h"
 
 #include <algorithm>
 #include <cmath>
