@@ -55,6 +55,22 @@ ZMLElement& ZMLElement::addChild(std::string name)
     return *children_.back();
 }
 
+ZMLElement& ZMLElement::addCopy(const ZMLElement& element)
+{
+    children_.push_back(element.clone());
+    return *children_.back();
+}
+
+std::unique_ptr<ZMLElement> ZMLElement::clone() const
+{
+    auto copy = std::make_unique<ZMLElement>(name_);
+    copy->attributes_ = attributes_;
+    copy->text_ = text_;
+    for (const auto& child : children_)
+        copy->addCopy(*child);
+    return copy;
+}
+
 ZMLElement* ZMLElement::findChild(std::string_view name)
 {
     for (auto& child : children_)

@@ -40,6 +40,10 @@ public:
     const ZMLElement* findChild(std::string_view name) const;
     bool hasChild(std::string_view name) const { return findChild(name) != nullptr; }
     const std::vector<std::unique_ptr<ZMLElement>>& children() const { return children_; }
+    // Adds a deep copy of an element as the last child.
+    ZMLElement& addCopy(const ZMLElement& element);
+    // A deep copy of this element with its attributes, text and children.
+    std::unique_ptr<ZMLElement> clone() const;
 
 private:
     std::vector<ZAttribute>::const_iterator lowerBound(std::string_view name) const;

@@ -1,0 +1,72 @@
+#pragma once
+
+// The reverb equalizer, acting on the reverberation only: a 12 dB/octave low cut and
+// high cut, each a host parameter, and three parametric bands (low shelf, peak, high
+// shelf) kept with the state. At their extreme ends the cuts are switched off and with
+// every band disabled the equalizer leaves the signal untouched, bit for bit.
+
+#include "core/biquad.h"
+#include "core/z_value_number.h"
+
+#include <array>
+
+namespace halvern {
+
+struct ZEqualizerBand {
+    double frequency = 1000.0; // Hz
+    double gainDb = 0.0;
+    double q = 0.7071;
+    bool enabled = false;
+};
+
+class ZEqualizerProcessorPlugin {
+public:
+    // The bands in their fixed order and kinds.
+    enum BandIndex { kLowShelf, kPeak, kHighShelf, kBandCount };
+    using Bands = std::array<ZEqualizerBand, kBandCount>;
+
+    ZEqualizerProcessorPlugin();
+    ZEqualizerProcessorPlugin(const ZEqualizerProcessorPlugin&) = delete;
+    ZEqualizerProcessorPlugin& operator=(const ZEqualizerProcessorPlugin&) = delete;
+
+    // The cut frequencies as log10 Hz, shown in Hz; typed input is in Hz.
+    ZValueDouble& lowCutValue() { return lowCutValue_; }
+    ZValueDouble& highCutValue() { return highCutValue_; }
+    static const char* lowCutHelp();
+    static const char* highCutHelp();
+
+    Bands& bands() { return bands_; }
+    const Bands& bands() const { return bands_; }
+
+    void prepare(double sampleRate);
+    // Recomputes the filters from the cut values and the bands.
+    void update();
+    void reset();
+    // Filters both channels in place.
+    void process(float* left, float* right, int n);
+
+private:
+    struct Stage {
+        ZBiquad left;
+        ZBiquad right;
+        bool active = false;
+    };
+    enum StageIndex { kLowCutStage, kHighCutStage, kFirstBandStage, kStageCount = kFirstBandStage + kBandCount };
+
+    void setStage(StageIndex index, bool active, const ZBiquad::Coefficients& coefficients);
+    void updateCuts();
+    void updateBands();
+    void collectActiveStages();
+
+    double lowCut_;
+    double highCut_;
+    ZValueDouble lowCutValue_;
+    ZValueDouble highCutValue_;
+    Bands bands_;
+    double sampleRate_ = 0.0;
+    std::array<Stage, kStageCount> stages_;
+    std::array<Stage*, kStageCount> chain_{}; // the active stages in signal order
+    int chainLength_ = 0;
+};
+
+} // namespace halvern

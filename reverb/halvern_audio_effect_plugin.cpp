@@ -1,0 +1,276 @@
+#include "reverb/halvern_audio_effect_plugin.h"
+
+#include "core/z_format.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace halvern {
+namespace {
+
+constexpr double kSaturationFloor = 1e-5;
+
+float finiteOrSilence(float x)
+{
+    return std::isfinite(x) ? x : 0.0f;
+}
+
+double readPosition(const ZMLElement& element, const char* name, double fallback)
+{
+    double value = fallback;
+    const std::string* text = element.findAttribute(name);
+    if (text != nullptr && ZParseNumber(*text, value))
+        return std::clamp(value, 0.0, 1.0);
+    return fallback;
+}
+
+} // namespace
+
+// ---------------------------------------------------------------- position automation
+
+HalvernAudioEffectPlugin::ReverbPosAutomationAdapterType::ReverbPosAutomationAdapterType(HalvernAudioEffectPlugin& plugin)
+    : plugin_(plugin),
+      x_(&plugin.positions_.sourceX, 0.0, 1.0, 0.5, 0.01, "{0;.6}"),
+      y_(&plugin.positions_.sourceY, 0.0, 1.0, 0.5, 0.01, "{0;.6}")
+{
+}
+
+double HalvernAudioEffectPlugin::ReverbPosAutomationAdapterType::GetValue(int index) const
+{
+    return index == 0 ? plugin_.positions_.sourceX : plugin_.positions_.sourceY;
+}
+
+void HalvernAudioEffectPlugin::ReverbPosAutomationAdapterType::SetValue(int index, double value, bool suppressNotification)
+{
+    (index == 0 ? x_ : y_).setNormalized(value);
+    if (suppressNotification)
+        return;
+    plugin_.Update();
+    SendAutomationValue(index);
+}
+
+std::string HalvernAudioEffectPlugin::ReverbPosAutomationAdapterType::GetValueText(int index) const
+{
+    return (index == 0 ? x_ : y_).getDisplayText();
+}
+
+void HalvernAudioEffectPlugin::ReverbPosAutomationAdapterType::RegisterWith(ZAudioPlugin& core)
+{
+    Register(core, {{{"PositionX", ValueName(0), "", ZParameterType::Float, "", true}, &x_},
+                    {{"PositionY", ValueName(1), "", ZParameterType::Float, "", true}, &y_}});
+}
+
+bool HalvernAudioEffectPlugin::ReverbPosAutomationAdapterType::takeChanges()
+{
+    const bool changed = x_.isChanged() || y_.isChanged();
+    x_.clearChanged();
+    y_.clearChanged();
+    return changed;
+}
+
+// ---------------------------------------------------------------- the effect
+
+HalvernAudioEffectPlugin::HalvernAudioEffectPlugin() : parameters_(equalizer_), positionAutomation_(*this) {}
+
+HalvernAudioEffectPlugin::~HalvernAudioEffectPlugin() = default;
+
+void HalvernAudioEffectPlugin::RegisterParameters(ZAudioPlugin& core)
+{
+    parameters_.registerWith(core.parameters());
+    positionAutomation_.RegisterWith(core);
+}
+
+bool HalvernAudioEffectPlugin::TakeParameterChanges()
+{
+    const bool parameters = parameters_.takeChanges();
+    const bool positions = positionAutomation_.takeChanges();
+    return parameters || positions;
+}
+
+int32_t HalvernAudioEffectPlugin::GetProcessingFlags()
+{
+    // The dry input is added at the end of the block, so it must survive the reverb.
+    return kFlagNeedsSeparateInputs;
+}
+
+// Whole seconds of reverb time (0.5 s gives none) times the rounded rate, plus 4096.
+int32_t HalvernAudioEffectPlugin::GetTailLength()
+{
+    const double seconds = std::trunc(settings().reverbTime);
+    const double rate = std::floor(sampleRate() + 0.5);
+    return static_cast<int32_t>(seconds * rate) + 4096;
+}
+
+void HalvernAudioEffectPlugin::SetMicrophonePosition(double x, double y)
+{
+    ZLockHolder hold(pluginMutex(), -1);
+    positions_.microphoneX = std::clamp(x, 0.0, 1.0);
+    positions_.microphoneY = std::clamp(y, 0.0, 1.0);
+    updateUnlocked();
+}
+
+void HalvernAudioEffectPlugin::Prepare(double sampleRate, int32_t maxBlockSize)
+{
+    ZLockHolder hold(pluginMutex(), -1);
+    ZAudioEffectPlugin::Prepare(sampleRate, maxBlockSize);
+    early_.prepare(sampleRate);
+    late_.prepare(sampleRate);
+    equalizer_.prepare(sampleRate);
+    prepared_ = sampleRate > 0.0;
+    updateUnlocked();
+    Reset();
+}
+
+void HalvernAudioEffectPlugin::Reset()
+{
+    ZLockHolder hold(pluginMutex(), -1);
+    early_.reset();
+    late_.reset();
+    equalizer_.reset();
+    gate_.reset();
+}
+
+void HalvernAudioEffectPlugin::Update()
+{
+    ZLockHolder hold(pluginMutex(), -1);
+    updateUnlocked();
+}
+
+void HalvernAudioEffectPlugin::updateUnlocked()
+{
+    const double rate = sampleRate();
+    if (!prepared_ || rate <= 0.0)
+        return;
+    const ZReverbSettings& s = settings();
+    primes_.clearUsed();
+
+    ZRoomInputs room;
+    room.size = s.size;
+    room.width = s.width;
+    room.predelay = s.predelay;
+    room.diffusion = s.diffusion;
+    room.sourceX = positions_.sourceX;
+    room.sourceY = positions_.sourceY;
+    room.microphoneX = positions_.microphoneX;
+    room.microphoneY = positions_.microphoneY;
+    room.sampleRate = rate;
+    geometry_ = ComputeRoomGeometry(room, primes_);
+    early_.configure(geometry_, {s.lowDamp, s.lowFreq, s.highDamp, s.highFreq}, rate);
+
+    ZLateReverbNetwork::Settings late;
+    late.size = s.size;
+    late.width = s.width;
+    late.reverbTime = s.reverbTime;
+    late.reverbDiffusion = s.reverbDiffusion;
+    late.mode = s.reverbMode;
+    late.lowDamp = s.lowDamp;
+    late.lowFrequency = s.lowFreq;
+    late.highDamp = s.highDamp;
+    late.highFrequency = s.highFreq;
+    late.modulation = s.modulation;
+    late.modulationFrequency = s.modulationFrequency;
+    late.pan = geometry_.pan;
+    late.stereoOffset = geometry_.stereoOffset;
+    late.sampleRate = rate;
+    late_.update(late, primes_);
+
+    mix_ = ComputeReverbMix(s.dryWet, s.earlyLate, s.widening, geometry_.pan);
+    equalizer_.update();
+    saturation_.setMode(s.saturationMode);
+    gateActive_ = s.gateEnabled != 0;
+    gate_.configure(rate, s.threshold, s.gateSize, s.attack, s.release);
+}
+
+void HalvernAudioEffectPlugin::Process(const ZHostTimeInfo*, float* const* inputs, float* const* outputs, int32_t n)
+{
+    ZLockHolder hold(pluginMutex(), -1);
+    if (!prepared_ || n <= 0 || outputs == nullptr || outputs[0] == nullptr || outputs[1] == nullptr)
+        return;
+    const float* inLeft = inputs != nullptr && inputs[0] != nullptr ? inputs[0] : nullptr;
+    const float* inRight = inputs != nullptr && inputs[1] != nullptr ? inputs[1] : inLeft;
+    float* outLeft = outputs[0];
+    float* outRight = outputs[1];
+    if (inLeft == nullptr) {
+        std::fill(outLeft, outLeft + n, 0.0f);
+        std::fill(outRight, outRight + n, 0.0f);
+        return;
+    }
+    renderReverb(inLeft, inRight, outLeft, outRight, n);
+    equalizer_.process(outLeft, outRight, n);
+    const double s = settings().saturation;
+    if (s > kSaturationFloor)
+        saturation_.process(outLeft, outRight, n, s);
+    if (gateActive_)
+        gate_.process(outLeft, outRight, n);
+    addDry(inLeft, inRight, outLeft, outRight, n);
+}
+
+// Early reflections and the late network, summed with their gains and widened.
+void HalvernAudioEffectPlugin::renderReverb(const float* inLeft, const float* inRight, float* outLeft, float* outRight, int n)
+{
+    for (int i = 0; i < n; ++i) {
+        double earlyLeft = 0.0, earlyRight = 0.0, lateLeft = 0.0, lateRight = 0.0;
+        early_.process(finiteOrSilence(inLeft[i]), finiteOrSilence(inRight[i]), earlyLeft, earlyRight);
+        late_.process(earlyLeft, earlyRight, lateLeft, lateRight);
+        const double left = mix_.late * lateLeft + mix_.early * earlyLeft;
+        const double right = mix_.late * lateRight + mix_.early * earlyRight;
+        outLeft[i] = static_cast<float>(mix_.direct * left + mix_.cross * right);
+        outRight[i] = static_cast<float>(mix_.direct * right + mix_.cross * left);
+    }
+}
+
+// The dry input, panned by the source position: a source left of the microphone leans
+// the dry signal to the left.
+void HalvernAudioEffectPlugin::addDry(const float* inLeft, const float* inRight, float* outLeft, float* outRight, int n) const
+{
+    const double p = mix_.pan;
+    const double g = mix_.dry;
+    if (std::isnan(p))
+        return;
+    for (int i = 0; i < n; ++i) {
+        const double left = finiteOrSilence(inLeft[i]);
+        const double right = finiteOrSilence(inRight[i]);
+        if (p < 0.0) {
+            outLeft[i] = static_cast<float>(outLeft[i] + g * left + (-p) * g * right);
+            outRight[i] = static_cast<float>(outRight[i] + (1.0 + p) * g * right);
+        } else {
+            outLeft[i] = static_cast<float>(outLeft[i] + (1.0 - p) * g * left);
+            outRight[i] = static_cast<float>(outRight[i] + p * g * left + g * right);
+        }
+    }
+}
+
+// ---------------------------------------------------------------- state
+
+void HalvernAudioEffectPlugin::SaveAdditionalState(ZMLElement& element)
+{
+    ZMLElement& position = element.addChild("Position");
+    position.setAttribute("SourceX", ZFormatFixed(positions_.sourceX, 6));
+    position.setAttribute("SourceY", ZFormatFixed(positions_.sourceY, 6));
+    position.setAttribute("MicrophoneX", ZFormatFixed(positions_.microphoneX, 6));
+    position.setAttribute("MicrophoneY", ZFormatFixed(positions_.microphoneY, 6));
+    if (positionGraph_)
+        element.addCopy(*positionGraph_);
+    else
+        element.addChild("graph");
+}
+
+void HalvernAudioEffectPlugin::LoadAdditionalState(const ZMLElement& element)
+{
+    ZLockHolder hold(pluginMutex(), -1);
+    const Positions defaults;
+    const ZMLElement* position = element.findChild("Position");
+    Positions loaded = defaults;
+    if (position != nullptr) {
+        loaded.sourceX = readPosition(*position, "SourceX", defaults.sourceX);
+        loaded.sourceY = readPosition(*position, "SourceY", defaults.sourceY);
+        loaded.microphoneX = readPosition(*position, "MicrophoneX", defaults.microphoneX);
+        loaded.microphoneY = readPosition(*position, "MicrophoneY", defaults.microphoneY);
+    }
+    positions_ = loaded;
+    const ZMLElement* graph = element.findChild("graph");
+    positionGraph_ = graph != nullptr ? graph->clone() : nullptr;
+    updateUnlocked();
+}
+
+} // namespace halvern

@@ -1,0 +1,212 @@
+#include "reverb/halvern_audio_effect_plugin.h"
+#include "reverb/reverb_mix.h"
+#include "tools/impulse_analysis.h"
+#include "tools/render_session.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <string>
+
+namespace halvern {
+namespace {
+
+using tools::AudioData;
+using tools::RenderSession;
+
+TEST(ReverbParameters, RecordsTextsAndEntryRules)
+{
+    RenderSession session(44100.0, 512);
+    ZAudioPlugin& core = session.core();
+    EXPECT_EQ(core.GetParameterID(0), "Globals");
+    EXPECT_EQ(core.GetParameterType(0), ZParameterType::Panel);
+    EXPECT_EQ(core.GetParameterValueName(0), "");
+    EXPECT_EQ(core.GetParameterID(2), "Reverbation");
+    EXPECT_EQ(core.GetParameterName(2), "Early/late");
+    EXPECT_EQ(core.GetParameterID(19), "Gate");
+    EXPECT_EQ(core.GetParameterType(19), ZParameterType::Switch);
+    EXPECT_EQ(core.GetParameterID(25), "LowCut");
+    EXPECT_EQ(core.GetParameterName(26), "High cut");
+    EXPECT_EQ(core.GetParameterID(28), "saturationmode");
+    EXPECT_EQ(core.GetParameterName(29), "Position X");
+    EXPECT_EQ(core.GetParameterName(30), "Position Y");
+    EXPECT_EQ(core.GetParameterName(31), "MultiParameter 1");
+    EXPECT_EQ(core.GetParameterName(35), "Bypass");
+    EXPECT_NE(core.parameters().info(3).help.find("<p>Note that this algorithm is appliead on the reverberation signal only."),
+              std::string::npos);
+
+    // Defaults as shown.
+    EXPECT_EQ(core.GetParameterValueName(1), "50.0 %");
+    EXPECT_EQ(core.GetParameterValueName(3), "100.0 %"); // widening 0 is the unchanged width
+    EXPECT_EQ(core.GetParameterValueName(4), "Automatic");
+    EXPECT_EQ(core.GetParameterValueName(6), "13.2 m");
+    EXPECT_EQ(core.GetParameterValueName(9), "500.0 ms");
+    EXPECT_EQ(core.GetParameterValueName(11), "Mode 1");
+    EXPECT_EQ(core.GetParameterValueName(13), "+3.00 dB");
+    EXPECT_EQ(core.GetParameterValueName(14), "1000 Hz");
+    EXPECT_EQ(core.GetParameterValueName(16), "10.0 kHz");
+    EXPECT_EQ(core.GetParameterValueName(18), "0.2500 Hz");
+    EXPECT_EQ(core.GetParameterValueName(20), "-50.00 dB");
+
+    // A predelay just below the maximum is manual.
+    EXPECT_EQ(core.GetParameterValueNameFrom01(4, 0.2499 / 0.25), "249.9 ms");
+    // Typed metres are divided by 330 and shown again as metres.
+    session.setByKey("Size", "10");
+    EXPECT_NEAR(dynamic_cast<HalvernAudioEffectPlugin&>(session.core().effect()).settings().size, 10.0 / 330.0, 1e-12);
+    EXPECT_EQ(core.GetParameterValueName(6), "10.0 m");
+    session.setByKey("LowFreq", "250");
+    EXPECT_NEAR(dynamic_cast<HalvernAudioEffectPlugin&>(session.core().effect()).settings().lowFreq, std::log10(250.0), 1e-12);
+    EXPECT_THROW(session.setByKey("LowFreq", "0"), std::runtime_error); // not a frequency
+    session.setByKey("Widening", "0");
+    EXPECT_EQ(core.GetParameterValueName(3), "0.0 %");
+}
+
+TEST(ReverbEffect, TailLengthUsesWholeSecondsOfReverbTime)
+{
+    for (auto [text, expected] : {std::pair{"29900", 29 * 44100 + 4096}, std::pair{"500", 4096}}) {
+        RenderSession session(44100.0, 512);
+        session.setByKey("ReverbTime", text);
+        session.start();
+        EXPECT_EQ(session.tailLength(), expected);
+    }
+}
+
+TEST(ReverbMix, GainsAtTheEndsAndTheMiddle)
+{
+    const ZReverbMix dry = ComputeReverbMix(0.0, 0.3, 0.0, 0.0);
+    EXPECT_DOUBLE_EQ(dry.dry, 1.0);
+    EXPECT_DOUBLE_EQ(dry.early + dry.late, 0.0);
+    const ZReverbMix wet = ComputeReverbMix(1.0, 0.3, 0.0, 0.0);
+    EXPECT_DOUBLE_EQ(wet.dry, 0.0);
+    EXPECT_DOUBLE_EQ(wet.early + wet.late, 1.0);
+    const ZReverbMix middle = ComputeReverbMix(0.5, 0.3, 0.0, 0.0);
+    EXPECT_DOUBLE_EQ(middle.dry, 0.75);
+    EXPECT_DOUBLE_EQ(middle.early, 0.525);
+    EXPECT_DOUBLE_EQ(middle.late, 0.225);
+    const ZReverbMix mono = ComputeReverbMix(0.5, 0.3, -1.0, 0.0);
+    EXPECT_DOUBLE_EQ(mono.direct, 0.5);
+    EXPECT_DOUBLE_EQ(mono.cross, 0.5);
+    const ZReverbMix wide = ComputeReverbMix(0.5, 0.3, 2.0, 0.0);
+    EXPECT_DOUBLE_EQ(wide.direct, 2.0);
+    EXPECT_DOUBLE_EQ(wide.cross, -1.0);
+}
+
+AudioData impulseResponse(double rate, const std::vector<std::pair<std::string, std::string>>& settings)
+{
+    RenderSession session(rate, 512);
+    for (const auto& [key, text] : settings)
+        session.setByKey(key, text);
+    session.start();
+    return session.renderImpulse();
+}
+
+int firstSoundingSample(const std::vector<float>& x)
+{
+    for (size_t i = 0; i < x.size(); ++i)
+        if (std::fabs(x[i]) > 1e-6f)
+            return static_cast<int>(i);
+    return -1;
+}
+
+TEST(ReverbEffect, DryOnlyPassesTheInputAndEarlyReflectionsStartAtThePredelay)
+{
+    const AudioData dry = impulseResponse(48000.0, {{"ReverbDepth", "0"}});
+    EXPECT_FLOAT_EQ(dry.channels[0][0], 1.0f);
+    EXPECT_EQ(firstSoundingSample({dry.channels[0].begin() + 1, dry.channels[0].end()}), -1);
+
+    // Early reflections alone: each ear starts at its predelay line's length, worked out
+    // for the default positions at 48 kHz (2626 and 1666 samples).
+    const AudioData early = impulseResponse(48000.0, {{"ReverbDepth", "100"}, {"Reverbation", "0"}});
+    EXPECT_EQ(firstSoundingSample(early.channels[0]), 2626);
+    EXPECT_EQ(firstSoundingSample(early.channels[1]), 1666);
+}
+
+double broadbandDecay(const AudioData& response)
+{
+    return tools::AnalyseImpulseResponse(response).broadband.decay.seconds;
+}
+
+TEST(ReverbEffect, MeasuredDecayGrowsWithReverbTimeInEveryMode)
+{
+    for (const char* mode : {"Mode 1", "Mode 2", "Mode 3", "Mode 4"}) {
+        double previous = 0.0;
+        for (const char* time : {"500", "2000", "10000"}) {
+            const double measured = broadbandDecay(impulseResponse(
+                24000.0, {{"ReverbDepth", "100"}, {"Reverbation", "100"}, {"ReverbMode", mode}, {"ReverbTime", time}}));
+            EXPECT_GT(measured, previous) << mode << " at " << time << " ms";
+            previous = measured;
+        }
+    }
+}
+
+TEST(ReverbEffect, DefaultDampeningShortensTheLowestAndHighestBands)
+{
+    const auto report = tools::AnalyseImpulseResponse(
+        impulseResponse(48000.0, {{"ReverbDepth", "100"}, {"Reverbation", "100"}, {"ReverbTime", "3000"}, {"Modulation", "0"}}));
+    auto band = [&](double centre) {
+        for (const auto& b : report.bands)
+            if (b.centreHz == centre)
+                return b.decay.seconds;
+        return 0.0;
+    };
+    EXPECT_LT(band(125.0), band(1000.0));
+    EXPECT_LT(band(8000.0), band(1000.0));
+}
+
+TEST(ReverbEffect, StaysBoundedForLongNoiseAtTheLongestTimeAndDecaysAfterwards)
+{
+    const double rate = 16000.0;
+    std::mt19937 generator(3);
+    std::uniform_real_distribution<float> uniform(-1.0f, 1.0f);
+    for (const char* mode : {"Mode 1", "Mode 2", "Mode 3", "Mode 4"})
+        for (const char* diffusion : {"0", "50", "100"})
+            for (const char* modulation : {"0", "100"}) {
+                RenderSession session(rate, 512);
+                for (auto [key, text] : {std::pair{"ReverbMode", mode}, {"ReverbDiffusion", diffusion}, {"Modulation", modulation},
+                                         {"ReverbTime", "30000"}, {"LowDamp", "0"}, {"HighDamp", "0"},
+                                         {"ReverbDepth", "100"}, {"Reverbation", "100"}})
+                    session.setByKey(key, text);
+                session.start();
+                AudioData noise;
+                noise.sampleRate = rate;
+                noise.channels.assign(2, std::vector<float>(static_cast<size_t>(60 * rate)));
+                for (auto& channel : noise.channels)
+                    for (float& sample : channel)
+                        sample = uniform(generator);
+                // 60 s of noise and then the first 4 s of the tail.
+                AudioData out = session.render(noise);
+                const size_t end = static_cast<size_t>(64 * rate);
+                float peak = 0.0f;
+                double lastSecondOfNoise = 0.0, lastSecondOfTail = 0.0;
+                for (size_t i = 0; i < end; ++i) {
+                    const float x = out.channels[0][i];
+                    ASSERT_TRUE(std::isfinite(x)) << mode << " " << diffusion << " " << modulation;
+                    peak = std::max(peak, std::fabs(x));
+                    if (i >= static_cast<size_t>(59 * rate) && i < static_cast<size_t>(60 * rate))
+                        lastSecondOfNoise += x * x;
+                    if (i >= static_cast<size_t>(63 * rate))
+                        lastSecondOfTail += x * x;
+                }
+                EXPECT_LT(peak, 100.0f) << mode << " " << diffusion << " " << modulation;
+                EXPECT_LT(lastSecondOfTail, lastSecondOfNoise) << mode << " " << diffusion << " " << modulation;
+            }
+}
+
+TEST(ReverbEffect, NonFiniteInputIsTreatedAsSilence)
+{
+    RenderSession session(48000.0, 256);
+    session.start();
+    AudioData input;
+    input.sampleRate = 48000.0;
+    input.channels.assign(2, std::vector<float>(1000, 0.1f));
+    input.channels[0][10] = std::nanf("");
+    input.channels[1][20] = INFINITY;
+    const AudioData out = session.render(input);
+    for (const auto& channel : out.channels)
+        for (float x : channel)
+            ASSERT_TRUE(std::isfinite(x));
+}
+
+} // namespace
+} // namespace halvern
