@@ -36,4 +36,18 @@ bool ParseTime(std::string_view text, double& seconds)
     return true;
 }
 
+std::string FormatLogFrequency(double logHertz)
+{
+    return FormatFrequency(std::pow(10.0, logHertz));
+}
+
+bool ParseLogFrequency(std::string_view text, double& logHertz)
+{
+    double hertz = 0.0;
+    if (!ZParseNumber(text, hertz) || hertz <= 0.0)
+        return false;
+    logHertz = std::log10(hertz);
+    return true;
+}
+
 } // namespace halvern

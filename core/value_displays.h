@@ -17,4 +17,9 @@ bool ParsePercent(std::string_view text, double& fraction);
 std::string FormatTime(double seconds);
 bool ParseTime(std::string_view text, double& seconds);
 
+// A frequency stored as log10 of hertz, shown in hertz by the frequency display. Typed
+// text is in hertz; 0 or less is not a frequency and is refused.
+std::string FormatLogFrequency(double logHertz);
+bool ParseLogFrequency(std::string_view text, double& logHertz);
+
 } // namespace halvern

@@ -1,5 +1,6 @@
 #include "reverb/equalizer_processor.h"
 
+#include "core/value_displays.h"
 #include "core/z_format.h"
 
 #include <cmath>
@@ -23,14 +24,8 @@ constexpr double kNyquistFraction = 0.4999;
 
 void showAsFrequency(ZValueDouble& value)
 {
-    value.setFormatter([](double logHertz) { return FormatFrequency(std::pow(10.0, logHertz)); });
-    value.setParser([](std::string_view text, double& logHertz) {
-        double hertz = 0.0;
-        if (!ZParseNumber(text, hertz) || hertz <= 0.0)
-            return false;
-        logHertz = std::log10(hertz);
-        return true;
-    });
+    value.setFormatter(FormatLogFrequency);
+    value.setParser(ParseLogFrequency);
 }
 
 ZBiquad::Type bandType(int band)

@@ -11,16 +11,6 @@
 namespace halvern {
 namespace {
 
-// Typed frequencies are in hertz; 0 or less is not a frequency and is ignored.
-bool parseLogFrequency(std::string_view text, double& value)
-{
-    double hertz = 0.0;
-    if (!ZParseNumber(text, hertz) || hertz <= 0.0)
-        return false;
-    value = std::log10(hertz);
-    return true;
-}
-
 std::string onOff(int on)
 {
     return on != 0 ? "On" : "Off";
@@ -138,8 +128,8 @@ void ZReverbParameters::applyDisplay(ZValueDouble& value, Display display)
         value.setFormat("{+0.2} dB");
         break;
     case Display::Frequency:
-        value.setFormatter([](double logHertz) { return FormatFrequency(std::pow(10.0, logHertz)); });
-        value.setParser(parseLogFrequency);
+        value.setFormatter(FormatLogFrequency);
+        value.setParser(ParseLogFrequency);
         break;
     }
 }

@@ -152,7 +152,8 @@ TEST(LateReverbNetwork, InputWeightsFollowThePan)
 {
     // p = 0: v = 0.2, −0.4, 0.4, −0.2, each formed in single precision (0.2f = 0.2000000030).
     Settings s;
-    const auto& centre = Network(s).net.inputWeights();
+    const Network centred(s);
+    const auto& centre = centred.net.inputWeights();
     using Row = std::array<double, 2>;
     EXPECT_EQ(centre[0], (Row{0.4000000059604645, 0.0}));
     EXPECT_EQ(centre[1], (Row{0.10000000149011612, 0.5}));
@@ -317,7 +318,7 @@ TEST(LateReverbNetwork, StaysBoundedForAMinuteOfNoiseAtTheLongestReverb)
                 s.mode = mode, s.reverbDiffusion = diffusion, s.modulation = modulation;
                 Network n(s);
                 std::mt19937 generator(11);
-                std::uniform_real_distribution<double> noise(-1.0, 1.0);
+                std::uniform_real_distribution<float> noise(-1.0f, 1.0f);
                 double early = 0.0, late = 0.0, peak = 0.0;
                 for (int i = 0; i < 60 * second; ++i) {
                     double l = 0.0, r = 0.0;
