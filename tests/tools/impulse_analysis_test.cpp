@@ -67,7 +67,7 @@ TEST(ImpulseAnalysis, ExponentialNoiseDecayInEveryBand)
     }
 }
 
-TEST(ImpulseAnalysis, BandDecaysFollowTheSpectrum)
+TEST(ImpulseAnalysis, LowAndHighDecaysLandInTheirBands)
 {
     // Noise low-passed at 250 Hz dying in 2 s plus noise high-passed at 4 kHz dying in
     // 0.5 s: the bands up to 500 Hz decay in 2 s, those from 4 kHz in 0.5 s, and the two
