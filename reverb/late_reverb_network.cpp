@@ -243,7 +243,8 @@ void ZLateReverbNetwork::advanceModulation()
 // M′, the all-passes and the tap delays for the current phases. Without modulation this
 // leaves M′ = the decay-scaled matrix and every all-pass fixed at 5000 Hz: the section
 // is kept, so turning modulation on or off does not change the tail's phase character.
-// The tap delay swings over 10 |m| + 1 samples, from 1 to 2 + 10 |m|.
+// The tap delay swings over 10 |m| + 1 samples, from 1 to 2 + 10 |m|: at most 0.2 cent
+// of pitch wobble, as the phases turn at only 10^"Modulation freq" radians per second.
 void ZLateReverbNetwork::applyModulation(int glideSamples)
 {
     const double m = modulation_;
