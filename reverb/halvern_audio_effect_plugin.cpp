@@ -9,6 +9,9 @@ namespace halvern {
 namespace {
 
 constexpr double kSaturationFloor = 1e-5;
+// The early-reflection work buffers hold at most this many samples; longer runs are
+// processed in parts.
+constexpr int kMaxWorkLength = 4096;
 
 float finiteOrSilence(float x)
 {
@@ -115,6 +118,9 @@ void HalvernAudioEffectPlugin::Prepare(double sampleRate, int32_t maxBlockSize)
     ZAudioEffectPlugin::Prepare(sampleRate, maxBlockSize);
     early_.prepare(sampleRate);
     late_.prepare(sampleRate);
+    const size_t workLength = static_cast<size_t>(std::clamp(maxBlockSize, 1, kMaxWorkLength));
+    earlyLeft_.assign(workLength, 0.0);
+    earlyRight_.assign(workLength, 0.0);
     equalizer_.prepare(sampleRate);
     prepared_ = sampleRate > 0.0;
     updateUnlocked();
@@ -195,7 +201,12 @@ void HalvernAudioEffectPlugin::Process(const ZHostTimeInfo*, float* const* input
         std::fill(outRight, outRight + n, 0.0f);
         return;
     }
-    renderReverb(inLeft, inRight, outLeft, outRight, n);
+    // Runs longer than the work buffers are taken in parts.
+    const int capacity = static_cast<int>(earlyLeft_.size());
+    for (int done = 0; done < n; done += capacity) {
+        const int length = std::min(n - done, capacity);
+        renderReverb(inLeft + done, inRight + done, outLeft + done, outRight + done, length);
+    }
     equalizer_.process(outLeft, outRight, n);
     const double s = settings().saturation;
     if (s > kSaturationFloor)
@@ -205,15 +216,19 @@ void HalvernAudioEffectPlugin::Process(const ZHostTimeInfo*, float* const* input
     addDry(inLeft, inRight, outLeft, outRight, n);
 }
 
-// Early reflections and the late network, summed with their gains and widened.
+// Early reflections into the work buffers first, then the late network reading them,
+// summed with their gains and widened. Two passes keep each stage's state in registers.
 void HalvernAudioEffectPlugin::renderReverb(const float* inLeft, const float* inRight, float* outLeft, float* outRight, int n)
 {
+    double* earlyLeft = earlyLeft_.data();
+    double* earlyRight = earlyRight_.data();
+    for (int i = 0; i < n; ++i)
+        early_.process(finiteOrSilence(inLeft[i]), finiteOrSilence(inRight[i]), earlyLeft[i], earlyRight[i]);
     for (int i = 0; i < n; ++i) {
-        double earlyLeft = 0.0, earlyRight = 0.0, lateLeft = 0.0, lateRight = 0.0;
-        early_.process(finiteOrSilence(inLeft[i]), finiteOrSilence(inRight[i]), earlyLeft, earlyRight);
-        late_.process(earlyLeft, earlyRight, lateLeft, lateRight);
-        const double left = mix_.late * lateLeft + mix_.early * earlyLeft;
-        const double right = mix_.late * lateRight + mix_.early * earlyRight;
+        double lateLeft = 0.0, lateRight = 0.0;
+        late_.process(earlyLeft[i], earlyRight[i], lateLeft, lateRight);
+        const double left = mix_.late * lateLeft + mix_.early * earlyLeft[i];
+        const double right = mix_.late * lateRight + mix_.early * earlyRight[i];
         outLeft[i] = static_cast<float>(mix_.direct * left + mix_.cross * right);
         outRight[i] = static_cast<float>(mix_.direct * right + mix_.cross * left);
     }

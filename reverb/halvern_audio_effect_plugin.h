@@ -17,6 +17,7 @@
 #include "state/zml_element.h"
 
 #include <memory>
+#include <vector>
 
 namespace halvern {
 
@@ -86,6 +87,8 @@ private:
     ZPrimeTable primes_;
     ZRoomGeometry geometry_;
     ZEarlyReflections early_;
+    std::vector<double> earlyLeft_;  // work buffers: the early reflections of a run
+    std::vector<double> earlyRight_;
     ZLateReverbNetwork late_;
     ZSaturationShaper saturation_;
     ZReverbGate gate_;

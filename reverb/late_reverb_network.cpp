@@ -105,42 +105,32 @@ double LargestSingularValue(const ZMatrix4& m)
     return std::exp(0.5 * logBound);
 }
 
-void ZModulatedTap::clear()
+void ZLateReverbNetwork::glideTap(size_t i, double target, int samples)
 {
-    ring_.fill(0.0);
-    step_ = 0.0;
-}
-
-void ZModulatedTap::glideTo(double target, int samples)
-{
-    target = std::clamp(target, 1.0, kMaxDelay);
+    target = std::clamp(target, 1.0, kMaxTapDelay);
     if (samples <= 0) {
-        delay_ = target;
-        step_ = 0.0;
+        tapDelay_[i] = target;
+        tapStep_[i] = 0.0;
     } else {
-        step_ = (target - delay_) / samples;
+        tapStep_[i] = (target - tapDelay_[i]) / samples;
     }
 }
 
 void ZLateReverbNetwork::prepare(double sampleRate)
 {
     const int longest = std::max(ZPrimeTable::kLargest, static_cast<int>(std::ceil(kLongestLineSeconds * sampleRate)));
-    for (auto& line : lines_)
-        line.allocate(longest);
+    // Room for the modulated read's extra delay and its interpolation points.
+    lines_.allocate(longest + static_cast<int>(kMaxTapDelay) + 3);
     reset();
 }
 
 void ZLateReverbNetwork::reset()
 {
-    for (auto& line : lines_)
-        line.clear();
-    for (auto& filters : filters_) {
-        filters.lowShelf.reset();
-        filters.highShelf.reset();
-        filters.allPass.reset();
-    }
-    for (auto& tap : taps_)
-        tap.clear();
+    lines_.clear();
+    lowShelves_.reset();
+    highShelves_.reset();
+    allPasses_.reset();
+    tapStep_.fill(0.0);
     phases_.fill(0.0);
     counter_ = 0;
     if (sampleRate_ > 0.0)
@@ -174,7 +164,7 @@ void ZLateReverbNetwork::assignLengths(const Settings& s, double roomWidth, ZPri
         offset = -offset;
     }
     for (size_t i = 0; i < kLines; ++i)
-        lines_[i].setLength(lengths_[i]);
+        lines_.setLength(i, lengths_[i]);
 }
 
 void ZLateReverbNetwork::designMatrix(const Settings& s)
@@ -216,8 +206,8 @@ void ZLateReverbNetwork::designDamping(const Settings& s)
     for (size_t i = 0; i < kLines; ++i) {
         const double seconds = lengths_[i] / sampleRate_;
         const double q = kShelfQuality[i / 2];
-        filters_[i].lowShelf.set(ZBiquad::Type::LowShelf, sampleRate_, lowHz, q, -s.lowDamp * seconds / 0.1);
-        filters_[i].highShelf.set(ZBiquad::Type::HighShelf, sampleRate_, highHz, q, -s.highDamp * seconds / 0.1);
+        lowShelves_.setCoefficients(i, ZBiquad::design(ZBiquad::Type::LowShelf, sampleRate_, lowHz, q, -s.lowDamp * seconds / 0.1));
+        highShelves_.setCoefficients(i, ZBiquad::design(ZBiquad::Type::HighShelf, sampleRate_, highHz, q, -s.highDamp * seconds / 0.1));
     }
 }
 
@@ -260,10 +250,10 @@ void ZLateReverbNetwork::applyModulation(int glideSamples)
         const double sine = std::sin(angle);
         const double frequency = std::clamp(5000.0 + 5000.0 * m * sine, kAllPassLowest, kAllPassHighest * sampleRate_);
         const ZBiquad::Coefficients allPass = ZBiquad::design(ZBiquad::Type::AllPass, sampleRate_, frequency, 0.4);
-        filters_[2 * k].allPass.setCoefficients(allPass);
-        filters_[2 * k + 1].allPass.setCoefficients(allPass);
-        taps_[2 * k].glideTo(1.0 + halfSwing * (1.0 + sine), glideSamples);
-        taps_[2 * k + 1].glideTo(1.0 + halfSwing * (1.0 + std::cos(angle)), glideSamples);
+        allPasses_.setCoefficients(2 * k, allPass);
+        allPasses_.setCoefficients(2 * k + 1, allPass);
+        glideTap(2 * k, 1.0 + halfSwing * (1.0 + sine), glideSamples);
+        glideTap(2 * k + 1, 1.0 + halfSwing * (1.0 + std::cos(angle)), glideSamples);
     }
 }
 

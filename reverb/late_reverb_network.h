@@ -9,6 +9,7 @@
 // line delays keeps the tail from ringing.
 
 #include "core/biquad.h"
+#include "core/biquad_bank.h"
 #include "reverb/delay_line.h"
 #include "reverb/prime_table.h"
 
@@ -23,48 +24,22 @@ using ZMatrix4 = std::array<std::array<double, 4>, 4>;
 // factor 1.0007.
 double LargestSingularValue(const ZMatrix4& m);
 
-// A short ring buffer read back at a moving fractional delay, by four-point cubic
-// Hermite interpolation (its gain never exceeds 1 at any frequency or fraction, so it
-// adds no energy to the loop). The delay glides linearly to each new target.
-class ZModulatedTap {
-public:
-    static constexpr int kSize = 16;          // room for the four taps around delays below 14
-    static constexpr double kMaxDelay = 12.0;
-
-    void clear();
-    // Moves the delay (1 … kMaxDelay samples) to target over the next `samples`
-    // samples; 0 jumps at once.
-    void glideTo(double target, int samples);
-
-    double process(double x)
-    {
-        ring_[write_] = x;
-        delay_ += step_;
-        const int whole = static_cast<int>(delay_);
-        const double f = delay_ - whole;
-        const double before = at(whole - 1), p0 = at(whole), p1 = at(whole + 1), p2 = at(whole + 2);
-        write_ = (write_ + 1) & kMask;
-        const double c1 = 0.5 * (p1 - before);
-        const double c2 = before - 2.5 * p0 + 2.0 * p1 - 0.5 * p2;
-        const double c3 = 0.5 * (p2 - before) + 1.5 * (p0 - p1);
-        return ((c3 * f + c2) * f + c1) * f + p0;
-    }
-
-private:
-    static constexpr unsigned kMask = kSize - 1;
-    // The sample written `back` samples ago (0: the newest).
-    double at(int back) const { return ring_[(write_ - static_cast<unsigned>(back)) & kMask]; }
-
-    std::array<double, kSize> ring_{};
-    unsigned write_ = 0;
-    double delay_ = 1.0;
-    double step_ = 0.0;
-};
+// Four-point cubic Hermite interpolation between p0 and p1 at fraction f (before is the
+// sample ahead of p0, p2 the one after p1). Its gain never exceeds 1 at any frequency or
+// fraction, so reading a loop through it adds no energy.
+inline double HermiteInterpolate(double before, double p0, double p1, double p2, double f)
+{
+    const double c1 = 0.5 * (p1 - before);
+    const double c2 = before - 2.5 * p0 + 2.0 * p1 - 0.5 * p2;
+    const double c3 = 0.5 * (p2 - before) + 1.5 * (p0 - p1);
+    return ((c3 * f + c2) * f + c1) * f + p0;
+}
 
 class ZLateReverbNetwork {
 public:
     static constexpr int kLines = 8;
     static constexpr int kModulationInterval = 64;
+    static constexpr double kMaxTapDelay = 12.0;
 
     // The effective parameter values the network is derived from.
     struct Settings {
@@ -98,35 +73,32 @@ public:
             counter_ = 0;
             advanceModulation();
         }
+        std::array<double, kLines> out;
+        if (modulated_)
+            readModulated(out);
+        else
+            for (size_t i = 0; i < kLines; ++i)
+                out[i] = lines_.read(i);
+        // The late output is taken before the filters.
+        lateLeft = out[0] + out[2] + out[4] + out[6];
+        lateRight = out[1] + out[3] + out[5] + out[7];
+        lowShelves_.process(out);
+        highShelves_.process(out);
+        allPasses_.process(out);
         std::array<double, kLines> sum;
         for (size_t i = 0; i < kLines; ++i)
             sum[i] = input_[i][0] * earlyLeft + input_[i][1] * earlyRight;
-        double left = 0.0, right = 0.0;
-        for (size_t k = 0; k < 4; ++k) {
-            double a = lines_[2 * k].read();
-            double b = lines_[2 * k + 1].read();
-            if (modulated_) {
-                a = taps_[2 * k].process(a);
-                b = taps_[2 * k + 1].process(b);
-            }
-            left += a;
-            right += b;
-            a = filters_[2 * k].process(a);
-            b = filters_[2 * k + 1].process(b);
+        for (size_t k = 0; k < 4; ++k)
             for (size_t j = 0; j < 4; ++j) {
-                sum[2 * j] += matrix_[k][j] * a;
-                sum[2 * j + 1] += matrix_[k][j] * b;
+                sum[2 * j] += matrix_[k][j] * out[2 * k];
+                sum[2 * j + 1] += matrix_[k][j] * out[2 * k + 1];
             }
-        }
-        for (size_t i = 0; i < kLines; ++i)
-            lines_[i].write(sum[i]);
-        lateLeft = left;
-        lateRight = right;
+        lines_.write(sum);
     }
 
     // What the last update derived, for measurements and tests.
     const std::array<int, kLines>& lineLengths() const { return lengths_; }
-    int lineCapacity() const { return lines_[0].capacity(); }
+    int lineCapacity() const { return lines_.capacity(); }
     double loopTime() const { return loopTime_; }                    // τ, seconds
     const ZMatrix4& baseMatrix() const { return base_; }             // M of the mode
     double normaliser() const { return normaliser_; }                // n
@@ -135,11 +107,6 @@ public:
     const std::array<std::array<double, 2>, kLines>& inputWeights() const { return input_; }
 
 private:
-    struct LineFilters {
-        ZBiquad lowShelf, highShelf, allPass;
-        double process(double x) { return allPass.process(highShelf.process(lowShelf.process(x))); }
-    };
-
     void assignLengths(const Settings& s, double roomWidth, ZPrimeTable& primes);
     void designMatrix(const Settings& s);
     void designInput(double pan);
@@ -147,10 +114,36 @@ private:
     void designModulation(const Settings& s);
     void advanceModulation();
     void applyModulation(int glideSamples);
+    // Moves line i's extra delay (1 … kMaxTapDelay samples) to target over the next
+    // `samples` samples; 0 jumps at once.
+    void glideTap(size_t i, double target, int samples);
 
-    std::array<ZDelayLine<double>, kLines> lines_;
-    std::array<LineFilters, kLines> filters_;
-    std::array<ZModulatedTap, kLines> taps_;
+    // The modulated read: each line is read a fractional number of samples later than
+    // its length, the extra delay gliding linearly between the modulation steps.
+    void readModulated(std::array<double, kLines>& out)
+    {
+        std::array<double, kLines> before, p0, p1, p2, fraction;
+        for (size_t i = 0; i < kLines; ++i) {
+            tapDelay_[i] += tapStep_[i];
+            const int whole = static_cast<int>(tapDelay_[i]);
+            fraction[i] = tapDelay_[i] - whole;
+            const int at = lines_.length(i) + whole;
+            before[i] = lines_.readAt(i, at - 1);
+            p0[i] = lines_.readAt(i, at);
+            p1[i] = lines_.readAt(i, at + 1);
+            p2[i] = lines_.readAt(i, at + 2);
+        }
+        for (size_t i = 0; i < kLines; ++i)
+            out[i] = HermiteInterpolate(before[i], p0[i], p1[i], p2[i], fraction[i]);
+    }
+
+    ZDelayBank<kLines> lines_;
+    // Per line, in this order: low shelf, high shelf, modulated all-pass.
+    ZBiquadBank<kLines> lowShelves_;
+    ZBiquadBank<kLines> highShelves_;
+    ZBiquadBank<kLines> allPasses_;
+    std::array<double, kLines> tapDelay_{};
+    std::array<double, kLines> tapStep_{};
     std::array<std::array<double, 2>, kLines> input_{};
     std::array<int, kLines> lengths_{};
     ZMatrix4 base_{};
