@@ -5,12 +5,12 @@
 namespace halvern {
 namespace {
 
-// The longest predelay: a manual 0.25 s plus twice the largest side-wall difference of
-// the largest room (about 0.3 s each way), with room to spare.
+// The longest predelay: a manual 0.25 s plus twice the largest side-wall difference,
+// 2 W = 0.3 s each, so 0.85 s.
 constexpr double kLongestPredelay = 1.0;
-// The longest diffuser: base W fs plus the stereo offset and three growing steps, below
-// 0.4 s for the largest room.
-constexpr double kLongestDiffuser = 0.5;
+// The longest diffuser: base W fs plus the stereo offset and three growing steps, at
+// most 0.1494 s (the largest room at full width), and the next free prime above it.
+constexpr double kLongestDiffuser = 0.16;
 
 } // namespace
 
