@@ -10,6 +10,8 @@ namespace {
 // The longest line: the fourth pair wants at most τ fs (1 + 2.19 (0.32 − 2W)), below
 // 0.095 s at the worst room width, plus a stereo offset of at most 0.02 s.
 constexpr double kLongestLineSeconds = 0.12;
+// How far the next free prime may lie above a wanted length.
+constexpr int kPrimeSearchMargin = 64;
 constexpr double kPhaseWrap = 100000.0;
 constexpr double kModulationOff = 1e-50;
 constexpr std::array<float, 4> kPairTilt{0.2f, -0.4f, 0.4f, -0.2f};
@@ -118,7 +120,7 @@ void ZLateReverbNetwork::glideTap(size_t i, double target, int samples)
 
 void ZLateReverbNetwork::prepare(double sampleRate)
 {
-    const int longest = std::max(ZPrimeTable::kLargest, static_cast<int>(std::ceil(kLongestLineSeconds * sampleRate)));
+    const int longest = static_cast<int>(std::ceil(kLongestLineSeconds * sampleRate)) + kPrimeSearchMargin;
     // Room for the modulated read's extra delay and its interpolation points.
     lines_.allocate(longest + static_cast<int>(kMaxTapDelay) + 3);
     reset();
