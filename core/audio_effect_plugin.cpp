@@ -55,8 +55,7 @@ void ZAudioEffectPlugin::Prepare(double sampleRate, int32_t maxBlockSize)
 void ZAudioEffectPlugin::RegisterParameters(ZAudioPlugin&) {}
 bool ZAudioEffectPlugin::TakeParameterChanges() { return false; }
 
-void ZAudioEffectPlugin::SaveAdditionalState(ZMLElement&) {}
-void ZAudioEffectPlugin::LoadAdditionalState(const ZMLElement&) {}
+void ZAudioEffectPlugin::SerializeAdditionalState(const ZSerializationContext&) {}
 
 int32_t ZAudioEffectPlugin::PrepareFromMessage(int32_t sampleRate, int32_t maxBlockSize)
 {

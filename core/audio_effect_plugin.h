@@ -12,7 +12,7 @@
 namespace halvern {
 
 class ZAudioPlugin;
-class ZMLElement;
+class ZSerializationContext;
 struct ZHostTimeInfo;
 
 class ZAudioEffectPlugin : public ZPlugin {
@@ -47,9 +47,9 @@ public:
     virtual void SetActive(bool active);
     // Stores the rate and block length and sizes everything for them.
     virtual void Prepare(double sampleRate, int32_t maxBlockSize);
-    // State that is not plain parameter values, after and before the parameters.
-    virtual void SaveAdditionalState(ZMLElement& element);
-    virtual void LoadAdditionalState(const ZMLElement& element);
+    // State that is not plain parameter values, stored after the parameters or read
+    // back (then under the plug-in mutex).
+    virtual void SerializeAdditionalState(const ZSerializationContext& context);
 
     // Adds the effect's host-visible parameters (and its automation adapters) to the
     // core; called once, before anything else registers.

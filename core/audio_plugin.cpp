@@ -167,6 +167,8 @@ void ZAudioPlugin::SetMaxBlockSize(int samples)
     setLocked(maxBlockSize_, samples);
 }
 
+void ZAudioPlugin::Serialize(const ZSerializationContext&) {}
+
 void ZAudioPlugin::InitProcessing()
 {
     ZLockHolder hold(processingLock_, -1);

@@ -22,6 +22,8 @@
 
 namespace halvern {
 
+class ZSerializationContext;
+
 // Host time information for the current block; the host adapter fills it.
 struct ZHostTimeInfo {
     double tempo = 120.0;            // beats per minute
@@ -64,6 +66,10 @@ public:
 
     virtual int32_t GetInputBusCount();
     virtual int32_t GetOutputBusCount();
+
+    // Stores the state into, or reads it from, the context's element. Every level of the
+    // plug-in chain adds its own items and hands on to its base; this root level has none.
+    virtual void Serialize(const ZSerializationContext& context);
 
     // Prepares buffers, oversampler and delay lines for the sample rate and maximal block
     // length; runs under the processing lock.

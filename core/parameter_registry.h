@@ -30,6 +30,9 @@ struct ZParameterInfo {
     ZParameterType type = ZParameterType::Float;
     std::string help;
     bool automatable = true;
+    // Written into the plug-in state by storage name; false for values that their owner
+    // stores in its own form.
+    bool stored = true;
 };
 
 class ZParameterRegistry {

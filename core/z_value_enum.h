@@ -86,6 +86,8 @@ public:
 
     double getNormalized() const override { return normalizedOf(*value_); }
     bool setNormalized(double x) override { return write(indexAt(x)); }
+    // Selects a name by its index, limited to the table.
+    bool setIndex(int32_t index) { return write(std::clamp(index, 0, count() - 1)); }
 
     std::string displayTextAt(double normalized) const override { return nameAt(indexAt(normalized)); }
     bool normalizedFromDisplayText(std::string_view text, double& normalized) const override

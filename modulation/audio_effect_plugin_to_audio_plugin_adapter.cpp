@@ -37,12 +37,11 @@ ZAudioEffectPluginToAudioPluginAdapter::ZAudioEffectPluginToAudioPluginAdapter(s
     : effect_(std::move(effect)), midiControllers_(processingLock())
 {
     effect_->RegisterParameters(*this);
-    ZModulatorTarget first;
-    first.parameter = firstValuedParameter(parameters());
+    defaultTarget_.parameter = firstValuedParameter(parameters());
     for (int i = 0; i < kLFOCount; ++i)
-        lfos_[static_cast<size_t>(i)] = std::make_unique<ZLFO>(processingLock(), first, i + 1);
+        lfos_[static_cast<size_t>(i)] = std::make_unique<ZLFO>(processingLock(), defaultTarget_, i + 1);
     for (int i = 0; i < kMultiParameterCount; ++i)
-        multiParameters_[static_cast<size_t>(i)] = std::make_unique<ZMultiParameter>(processingLock(), first, i + 1);
+        multiParameters_[static_cast<size_t>(i)] = std::make_unique<ZMultiParameter>(processingLock(), defaultTarget_, i + 1);
     registerParameters();
 }
 

@@ -41,6 +41,30 @@ public:
     // The first of the LFO's host parameters (enable, then frequency, then modulation).
     int lfoParameterIndex(int index) const { return firstLFOParameter_ + index * kParametersPerLFO; }
 
+    // The state version this release writes: major, minor and revision in bits 16-23,
+    // 8-15 and 0-7. States written before the version was stored read as 5.3.0.
+    static constexpr int32_t kStateVersion = 0x070A00;
+    static constexpr int32_t kUnversionedState = 0x050300;
+    static constexpr int32_t kDefaultMaxLFOBlockSize = 256;
+
+    // Where the preset manager stands: the index of the preset loaded last (-1 for none)
+    // and the active preset with its edit flag.
+    struct PresetPosition {
+        int32_t currentPresetIndex = -1;
+        int32_t edit = 0;
+        int32_t currentActivePreset = 0;
+    };
+
+    // The whole state: the core's settings, then the part that one A-H slot holds.
+    void Serialize(const ZSerializationContext& context) override;
+    // The part of the state that one slot holds: modulators, controllers, the active
+    // preset, the parameters and the effect's own state. Reading runs under the
+    // processing lock.
+    virtual void serializeState(const ZSerializationContext& context);
+    // The version of the state read last (kStateVersion until a state is read).
+    int32_t loadedStateVersion() const { return loadedStateVersion_; }
+    PresetPosition& presetPosition() { return presetPosition_; }
+
     // "Enable modulators": when off, no LFO runs; MultiParameters still act.
     void SetModulatorsEnabled(bool enabled);
     bool modulatorsEnabled() const { return modulatorsEnabled_; }
@@ -73,6 +97,15 @@ public:
 
 private:
     void registerParameters();
+    void serializeSettings(const ZSerializationContext& context);
+    void serializeSurround(const ZSerializationContext& context);
+    void serializeBypass(const ZSerializationContext& context);
+    void serializeModulators(const ZSerializationContext& context);
+    void serializeActivePreset(const ZSerializationContext& context);
+    void serializeParameters(const ZSerializationContext& context);
+    // After a load: running switches stop, the LFOs start again from their phase and
+    // the effect takes the loaded values at the next block.
+    void ActualiseAfterLoading();
     void runLFOs(float* const* inputs, int n);
     void runMultiParameters(int n);
     void feedMeters(float* const* inputs, int n);
@@ -80,6 +113,7 @@ private:
     ZLFOInput detectorInput(const ZLFO& lfo, float* const* inputs, int n) const;
 
     std::unique_ptr<ZAudioEffectPlugin> effect_;
+    ZModulatorTarget defaultTarget_;
     std::array<std::unique_ptr<ZLFO>, kLFOCount> lfos_;
     std::array<std::unique_ptr<ZMultiParameter>, kMultiParameterCount> multiParameters_;
     ZMIDIControllers midiControllers_;
@@ -90,6 +124,8 @@ private:
     double inputMeter_ = 0.0;
     double sideChainMeter_ = 0.0;
     std::atomic<int> presetStep_{0};
+    int32_t loadedStateVersion_ = kStateVersion;
+    PresetPosition presetPosition_;
     std::mt19937 random_{std::random_device{}()};
 };
 

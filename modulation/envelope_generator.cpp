@@ -19,6 +19,12 @@ double slope(double span, double seconds, double sampleRate)
 void ZEnvelopeGenerator::setSettings(const Settings& settings)
 {
     settings_ = settings;
+    settings_.attack = std::clamp(settings.attack, 0.0, 60.0);
+    settings_.decay = std::clamp(settings.decay, 0.0, 60.0);
+    settings_.release = std::clamp(settings.release, 0.0, 60.0);
+    settings_.rmsLength = std::clamp(settings.rmsLength, 0.0, 10.0);
+    settings_.thresholdOn = std::clamp(settings.thresholdOn, -120.0, 24.0);
+    settings_.thresholdOff = std::clamp(settings.thresholdOff, -120.0, 24.0);
     settings_.sustain = std::clamp(settings_.sustain, 0.0, 1.0);
     settings_.thresholdOff = std::min(settings_.thresholdOff, settings_.thresholdOn);
     updateCoefficients();

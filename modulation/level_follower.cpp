@@ -18,7 +18,19 @@ constexpr double kMinimumMaximizeRangeDb = 1.0;
 
 void ZLevelFollower::setSettings(const Settings& settings)
 {
+    // Times up to a minute, the band inside the audible range, levels from -120 to +24 dB.
     settings_ = settings;
+    settings_.attack = std::clamp(settings.attack, 0.0, 60.0);
+    settings_.release = std::clamp(settings.release, 0.0, 60.0);
+    settings_.hold = std::clamp(settings.hold, 0.0, 60.0);
+    settings_.rmsLength = std::clamp(settings.rmsLength, 0.0, 10.0);
+    settings_.bandMinimum = std::clamp(settings.bandMinimum, 10.0, 20000.0);
+    settings_.bandMaximum = std::clamp(settings.bandMaximum, 10.0, 20000.0);
+    settings_.bandQ = std::clamp(settings.bandQ, 0.1, 20.0);
+    settings_.levelMin = std::clamp(settings.levelMin, -120.0, 24.0);
+    settings_.levelMax = std::clamp(settings.levelMax, -120.0, 24.0);
+    settings_.threshold = std::clamp(settings.threshold, -120.0, 24.0);
+    settings_.mode = static_cast<ZLFOFollowerMode>(std::clamp(static_cast<int>(settings.mode), 0, 3));
     updateCoefficients();
 }
 

@@ -51,6 +51,13 @@ void ZLFO::setSettings(const ZLFOSettings& settings)
     limited.phase = std::isfinite(settings.phase) ? wrapPhase(settings.phase) : 0.0;
     limited.lfoAmount = std::isfinite(settings.lfoAmount) ? std::clamp(settings.lfoAmount, 0.0, 1.0) : 0.0;
     limited.syncGroup = std::clamp(settings.syncGroup, 0, kSyncGroups);
+    limited.projectPhase = std::isfinite(settings.projectPhase) ? wrapPhase(settings.projectPhase) : 0.75;
+    limited.projectInterval = std::isfinite(settings.projectInterval) ? std::clamp(settings.projectInterval, -4.0, 4.0) : 1.0;
+    limited.minFrequency = std::isfinite(settings.minFrequency) ? std::clamp(settings.minFrequency, 1.0, 100000.0) : 55.0;
+    limited.maxFrequency = std::isfinite(settings.maxFrequency) ? std::clamp(settings.maxFrequency, 1.0, 100000.0) : 1760.0;
+    limited.octaves = std::isfinite(settings.octaves) ? std::clamp(settings.octaves, -10.0, 10.0) : 0.0;
+    limited.semitones = std::isfinite(settings.semitones) ? std::clamp(settings.semitones, -12.0, 12.0) : 0.0;
+    limited.cents = std::isfinite(settings.cents) ? std::clamp(settings.cents, -100.0, 100.0) : 0.0;
     ZLockHolder hold(processingLock_, -1);
     if (settings_.enabled != 0 && limited.enabled == 0)
         manualStop_ = true;

@@ -2,6 +2,7 @@
 
 #include "core/z_exception.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace halvern {
@@ -71,6 +72,15 @@ void ZModulatorTargetList::apply(double m, ZParameterRegistry& registry) const
     for (const ZModulatorTarget& target : targets_)
         if (target.enabled)
             WriteModulatedValue(registry, target.parameter, TargetValueFor(target, first, m));
+}
+
+void ZModulatorTargetList::setBackup(std::vector<double> values)
+{
+    values.resize(targets_.size(), 0.0);
+    for (double& value : values)
+        value = std::clamp(value, 0.0, 1.0);
+    ZLockHolder hold(processingLock_, -1);
+    backup_.swap(values);
 }
 
 void ZModulatorTargetList::backupValues(const ZParameterRegistry& registry)

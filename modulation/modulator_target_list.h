@@ -39,6 +39,9 @@ public:
     void backupValues(const ZParameterRegistry& registry);
     void restoreValues(ZParameterRegistry& registry) const;
     const std::vector<double>& backup() const { return backup_; }
+    // A loaded backup, fitted to the targets (missing values are 0, each limited to 0..1).
+    // Editor thread.
+    void setBackup(std::vector<double> values);
 
 private:
     void publish(std::vector<ZModulatorTarget> targets);

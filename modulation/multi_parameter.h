@@ -84,6 +84,7 @@ public:
     void backupTargetValues(const ZParameterRegistry& registry) { targets_.backupValues(registry); }
     void restoreTargetValues(ZParameterRegistry& registry) const { targets_.restoreValues(registry); }
     const std::vector<double>& valueBackup() const { return targets_.backup(); }
+    void setValueBackup(std::vector<double> values) { targets_.setBackup(std::move(values)); }
 
     // The banks, bank by bank, one normalised value per target. Editor thread.
     const std::vector<std::vector<double>>& banks() const { return banks_.banks(); }

@@ -56,6 +56,12 @@ int decimationFor(double sampleRate, double maxFrequency)
 void ZPitchDetector::setSettings(const Settings& settings)
 {
     settings_ = settings;
+    settings_.minFrequency = std::clamp(settings.minFrequency, kLowestFrequency, 20000.0);
+    settings_.maxFrequency = std::clamp(settings.maxFrequency, settings_.minFrequency, 20000.0);
+    settings_.stabilization = std::clamp(settings.stabilization, 0.0, 1.0);
+    settings_.speed = std::clamp(settings.speed, 0.0, 1.0);
+    settings_.accuracy = std::clamp(settings.accuracy, 0.0, 1.0);
+    settings_.threshold = std::clamp(settings.threshold, -120.0, 0.0);
     updateAnalysis();
 }
 

@@ -5,6 +5,7 @@
 
 #include "core/biquad.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <vector>
@@ -94,7 +95,11 @@ public:
         double depth = 1.0;
     };
 
-    void setSettings(const Settings& settings) { settings_ = settings; }
+    void setSettings(const Settings& settings)
+    {
+        settings_.speed = std::clamp(settings.speed, 0.0, 1.0);
+        settings_.depth = std::clamp(settings.depth, 0.0, 1.0);
+    }
     const Settings& settings() const { return settings_; }
     void reset() { correction_ = 0.0; }
 

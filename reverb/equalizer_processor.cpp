@@ -3,6 +3,7 @@
 #include "core/value_displays.h"
 #include "core/z_format.h"
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 
@@ -44,9 +45,24 @@ ZEqualizerProcessorPlugin::ZEqualizerProcessorPlugin()
 {
     showAsFrequency(lowCutValue_);
     showAsFrequency(highCutValue_);
-    bands_[kLowShelf].frequency = 100.0;
-    bands_[kPeak].frequency = 1000.0;
-    bands_[kHighShelf].frequency = 8000.0;
+    bands_ = DefaultBands();
+}
+
+ZEqualizerProcessorPlugin::Bands ZEqualizerProcessorPlugin::DefaultBands()
+{
+    Bands bands;
+    bands[kLowShelf].frequency = 100.0;
+    bands[kPeak].frequency = 1000.0;
+    bands[kHighShelf].frequency = 8000.0;
+    return bands;
+}
+
+ZEqualizerBand ZEqualizerProcessorPlugin::LimitBand(ZEqualizerBand band)
+{
+    band.frequency = std::clamp(band.frequency, 20.0, 20000.0);
+    band.gainDb = std::clamp(band.gainDb, -24.0, 24.0);
+    band.q = std::clamp(band.q, 0.1, 10.0);
+    return band;
 }
 
 const char* ZEqualizerProcessorPlugin::lowCutHelp()
@@ -93,8 +109,10 @@ void ZEqualizerProcessorPlugin::updateBands()
     for (int band = 0; band < kBandCount; ++band) {
         const ZEqualizerBand& b = bands_[static_cast<size_t>(band)];
         const bool active = b.enabled && b.gainDb != 0.0;
+        // Kept below the Nyquist frequency at low sample rates.
+        const double frequency = std::min(b.frequency, kNyquistFraction * sampleRate_);
         setStage(static_cast<StageIndex>(kFirstBandStage + band), active,
-                 ZBiquad::design(bandType(band), sampleRate_, b.frequency, b.q, b.gainDb));
+                 ZBiquad::design(bandType(band), sampleRate_, frequency, b.q, b.gainDb));
     }
 }
 

@@ -35,6 +35,11 @@ public:
     static const char* lowCutHelp();
     static const char* highCutHelp();
 
+    // Low shelf at 100 Hz, peak at 1 kHz, high shelf at 8 kHz, all off.
+    static Bands DefaultBands();
+    // A band brought into 20 Hz..20 kHz, -24..+24 dB and Q 0.1..10.
+    static ZEqualizerBand LimitBand(ZEqualizerBand band);
+
     Bands& bands() { return bands_; }
     const Bands& bands() const { return bands_; }
 

@@ -1,8 +1,10 @@
 #include "reverb/halvern_audio_effect_plugin.h"
 
 #include "core/z_format.h"
+#include "state/serialization_context.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace halvern {
@@ -59,8 +61,9 @@ std::string HalvernAudioEffectPlugin::ReverbPosAutomationAdapterType::GetValueTe
 
 void HalvernAudioEffectPlugin::ReverbPosAutomationAdapterType::RegisterWith(ZAudioPlugin& core)
 {
-    Register(core, {{{"PositionX", ValueName(0), "", ZParameterType::Float, "", true}, &x_},
-                    {{"PositionY", ValueName(1), "", ZParameterType::Float, "", true}, &y_}});
+    // The positions are stored in the effect's "Position" element, not as parameters.
+    Register(core, {{{"PositionX", ValueName(0), "", ZParameterType::Float, "", true, false}, &x_},
+                    {{"PositionY", ValueName(1), "", ZParameterType::Float, "", true, false}, &y_}});
 }
 
 bool HalvernAudioEffectPlugin::ReverbPosAutomationAdapterType::takeChanges()
@@ -257,35 +260,61 @@ void HalvernAudioEffectPlugin::addDry(const float* inLeft, const float* inRight,
 
 // ---------------------------------------------------------------- state
 
-void HalvernAudioEffectPlugin::SaveAdditionalState(ZMLElement& element)
+void HalvernAudioEffectPlugin::SerializeAdditionalState(const ZSerializationContext& context)
 {
-    ZMLElement& position = element.addChild("Position");
-    position.setAttribute("SourceX", ZFormatFixed(positions_.sourceX, 6));
-    position.setAttribute("SourceY", ZFormatFixed(positions_.sourceY, 6));
-    position.setAttribute("MicrophoneX", ZFormatFixed(positions_.microphoneX, 6));
-    position.setAttribute("MicrophoneY", ZFormatFixed(positions_.microphoneY, 6));
-    if (positionGraph_)
-        element.addCopy(*positionGraph_);
-    else
-        element.addChild("graph");
+    if (context.storing()) {
+        serializePositions(context);
+        if (positionGraph_)
+            context.element().addCopy(*positionGraph_);
+        else
+            context.element().addChild("graph");
+        serializeEqualizerBands(context);
+        return;
+    }
+    ZLockHolder hold(pluginMutex(), -1);
+    serializePositions(context);
+    const ZMLElement* graph = context.element().findChild("graph");
+    positionGraph_ = graph != nullptr ? graph->clone() : nullptr;
+    serializeEqualizerBands(context);
+    updateUnlocked();
 }
 
-void HalvernAudioEffectPlugin::LoadAdditionalState(const ZMLElement& element)
+// Positions are written with six decimals, always, so the editor's placement reads the
+// same in every document; a read position is limited to the floor plan.
+void HalvernAudioEffectPlugin::serializePositions(const ZSerializationContext& context)
 {
-    ZLockHolder hold(pluginMutex(), -1);
+    static constexpr std::array<const char*, 4> kNames = {"SourceX", "SourceY", "MicrophoneX", "MicrophoneY"};
     const Positions defaults;
-    const ZMLElement* position = element.findChild("Position");
-    Positions loaded = defaults;
-    if (position != nullptr) {
-        loaded.sourceX = readPosition(*position, "SourceX", defaults.sourceX);
-        loaded.sourceY = readPosition(*position, "SourceY", defaults.sourceY);
-        loaded.microphoneX = readPosition(*position, "MicrophoneX", defaults.microphoneX);
-        loaded.microphoneY = readPosition(*position, "MicrophoneY", defaults.microphoneY);
+    const std::array<double*, 4> fields = {&positions_.sourceX, &positions_.sourceY, &positions_.microphoneX,
+                                           &positions_.microphoneY};
+    const std::array<double, 4> fallbacks = {defaults.sourceX, defaults.sourceY, defaults.microphoneX,
+                                             defaults.microphoneY};
+    ZMLElement* position = context.child("Position");
+    for (size_t i = 0; i < kNames.size(); ++i) {
+        if (context.storing())
+            position->setAttribute(kNames[i], ZFormatFixed(*fields[i], 6));
+        else
+            *fields[i] = position != nullptr ? readPosition(*position, kNames[i], fallbacks[i]) : fallbacks[i];
     }
-    positions_ = loaded;
-    const ZMLElement* graph = element.findChild("graph");
-    positionGraph_ = graph != nullptr ? graph->clone() : nullptr;
-    updateUnlocked();
+}
+
+void HalvernAudioEffectPlugin::serializeEqualizerBands(const ZSerializationContext& context)
+{
+    static constexpr std::array<const char*, ZEqualizerProcessorPlugin::kBandCount> kNames = {"LowShelf", "Peak",
+                                                                                            "HighShelf"};
+    const ZEqualizerProcessorPlugin::Bands defaults = ZEqualizerProcessorPlugin::DefaultBands();
+    ZEqualizerProcessorPlugin::Bands& bands = equalizer_.bands();
+    context.section("Equalizer", [&](const ZSerializationContext& equalizer) {
+        for (size_t i = 0; i < bands.size(); ++i)
+            equalizer.section(kNames[i], [&](const ZSerializationContext& band) {
+                band.item("Enabled", bands[i].enabled, defaults[i].enabled);
+                band.item("Frequency", bands[i].frequency, defaults[i].frequency);
+                band.item("Gain", bands[i].gainDb, defaults[i].gainDb);
+                band.item("Q", bands[i].q, defaults[i].q);
+                if (band.reading())
+                    bands[i] = ZEqualizerProcessorPlugin::LimitBand(bands[i]);
+            });
+    });
 }
 
 } // namespace halvern

@@ -61,8 +61,9 @@ public:
     int32_t GetProcessingFlags() override;
     void RegisterParameters(ZAudioPlugin& core) override;
     bool TakeParameterChanges() override;
-    void SaveAdditionalState(ZMLElement& element) override;
-    void LoadAdditionalState(const ZMLElement& element) override;
+    // "Position" (source and microphone), the position editor's "graph" kept as stored,
+    // and "Equalizer" with the parametric bands.
+    void SerializeAdditionalState(const ZSerializationContext& context) override;
 
     const ZReverbSettings& settings() const { return parameters_.settings(); }
     const Positions& positions() const { return positions_; }
@@ -75,6 +76,8 @@ public:
 
 private:
     void updateUnlocked();
+    void serializePositions(const ZSerializationContext& context);
+    void serializeEqualizerBands(const ZSerializationContext& context);
     void renderReverb(const float* inLeft, const float* inRight, float* outLeft, float* outRight, int n);
     void addDry(const float* inLeft, const float* inRight, float* outLeft, float* outRight, int n) const;
 

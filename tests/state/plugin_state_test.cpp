@@ -1,0 +1,249 @@
+#include "modulation/audio_effect_plugin_to_audio_plugin_adapter.h"
+#include "reverb/halvern_audio_effect_plugin.h"
+#include "state/serialization_context.h"
+#include "state/zml_element.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+namespace halvern {
+namespace {
+
+using Core = ZAudioEffectPluginToAudioPluginAdapter;
+
+std::unique_ptr<Core> NewInstance()
+{
+    return std::make_unique<Core>(std::make_unique<HalvernAudioEffectPlugin>());
+}
+
+HalvernAudioEffectPlugin& ReverbOf(Core& core)
+{
+    return static_cast<HalvernAudioEffectPlugin&>(core.effect());
+}
+
+ZMLElement Store(Core& core)
+{
+    ZMLElement root("settings");
+    core.Serialize(ZSerializationContext(root, true));
+    return root;
+}
+
+void Load(Core& core, ZMLElement& root)
+{
+    ZLockHolder hold(core.processingLock(), -1);
+    core.Serialize(ZSerializationContext(root, false));
+}
+
+// A canonical text of a tree, for comparisons with readable differences.
+std::string Dump(const ZMLElement& element, int depth = 0)
+{
+    std::string text(static_cast<size_t>(depth), ' ');
+    text += element.name();
+    for (const ZAttribute& attribute : element.attributes())
+        text += " " + attribute.name + "=\"" + attribute.value + "\"";
+    if (!element.text().empty())
+        text += " text=\"" + element.text() + "\"";
+    text += "\n";
+    for (const auto& child : element.children())
+        text += Dump(*child, depth + 1);
+    return text;
+}
+
+ZModulatorTarget Target(int parameter, double value, ZRangeMode mode)
+{
+    ZModulatorTarget target;
+    target.parameter = parameter;
+    target.value = value;
+    target.range = 0.4;
+    target.rangeMode = mode;
+    return target;
+}
+
+// Moves every setting the state holds away from its default.
+void ConfigureEverything(Core& core)
+{
+    ZParameterRegistry& registry = core.parameters();
+    for (int index = 0; index < core.multiParameterIndex(0); ++index)
+        if (ZValue* value = registry.value(index))
+            value->setNormalized(0.37);
+    HalvernAudioEffectPlugin& reverb = ReverbOf(core);
+    reverb.positionAutomation().SetValue(0, 0.2, true);
+    reverb.positionAutomation().SetValue(1, 0.7, true);
+    reverb.SetMicrophonePosition(0.3, 0.8);
+
+    ZLFO& lfo = core.lfo(1);
+    ZLFOSettings settings = lfo.settings();
+    settings.enabled = 1;
+    settings.mode = static_cast<int32_t>(ZLFOMode::Random);
+    settings.frequency = 3.3;
+    settings.sync = true;
+    settings.lfoAmount = 0.4;
+    settings.project = true;
+    lfo.setSettings(settings);
+    ZSignalGenerator shape;
+    shape.setFamily(ZSignalGenerator::Family::Steps);
+    const double steps[] = {0.1, -0.5, 1.0};
+    shape.setSteps(steps);
+    lfo.setShape(shape);
+    ZLevelFollower::Settings follower;
+    follower.attack = 0.05;
+    follower.mode = ZLFOFollowerMode::Logarithmic;
+    lfo.setFollowerSettings(follower);
+    ZTransferCurve curve;
+    curve.addPoint({0.5, 0.9, 2.0});
+    ZModulatorTarget curved = Target(4, 0.6, ZRangeMode::Interval);
+    curved.shape = curve;
+    curved.shapeEnabled = true;
+    lfo.targets().replaceAll({Target(2, 0.25, ZRangeMode::FullRange), curved});
+
+    ZMultiParameter& multi = core.multiParameter(2);
+    multi.setEnabled(true);
+    multi.valueObject().setNormalized(0.3);
+    multi.modeObject().setIndex(static_cast<int32_t>(ZMultiParameterMode::Banks));
+    multi.setName("Room & <Hall>");
+    multi.setGroup("Space");
+    multi.setInfo("Moves \"size\" and time");
+    multi.setInterpolate(false);
+    multi.replaceTargets({Target(5, 0.1, ZRangeMode::UpOnly), Target(9, 0.9, ZRangeMode::DownOnly)});
+    multi.replaceBanks({{0.0, 1.0}, {0.5, 0.25}, {1.0, 0.0}});
+    multi.setValueBackup({0.125, 0.75});
+
+    ZMIDIControllerAssignment assignment;
+    assignment.controller = 7;
+    assignment.channel = 3;
+    assignment.target = Target(6, 0.8, ZRangeMode::UpAndDown);
+    core.midiControllers().setControllers({assignment});
+    ZNoteController note;
+    note.mode = ZNoteControllerMode::Switch;
+    note.note = 64;
+    note.parameter = 8;
+    core.midiControllers().setNoteControllers({note});
+    core.midiControllers().setControllersEnabled(true);
+    core.midiControllers().setNoteControllersEnabled(true);
+    core.midiControllers().setPresetSwitch({true, 20, 2});
+
+    registry.value(core.bypassIndex())->setNormalized(1.0);
+    core.SetChannelMode(ZChannelMode::Surround);
+    core.SetSurroundChannelMask(0b10110101);
+    core.SetMaxSubBlock(128);
+    core.presetPosition() = {3, 1, 2};
+}
+
+TEST(PluginState, DefaultStateOmitsDefaultItemsAndReadsBackIdentical)
+{
+    auto core = NewInstance();
+    ZMLElement root = Store(*core);
+    EXPECT_EQ(root.getAttribute("Version"), std::to_string(Core::kStateVersion));
+    EXPECT_EQ(root.getAttribute("ChannelMode"), "Stereo");
+    for (const char* omitted : {"ControllersEnabled", "NoteControllersEnabled", "Bypass", "MaxLFOBlockSize",
+                                "SurroundChannelsEnable", "EnableSurroundProcessing", "CurrentPresetIndex"})
+        EXPECT_FALSE(root.hasAttribute(omitted)) << omitted;
+    EXPECT_FALSE(root.hasChild("PreviousNextPresetController"));
+    ASSERT_TRUE(root.hasChild("ActivePreset"));
+    EXPECT_TRUE(root.findChild("ActivePreset")->attributes().empty());
+    EXPECT_EQ(root.findChild("LFOs")->children().size(), 4u);
+    EXPECT_EQ(root.findChild("MultiParameters")->children().size(), 4u);
+    EXPECT_EQ(root.getAttribute("ReverbTime"), "0.500000"); // parameters are always written
+    EXPECT_FALSE(root.hasAttribute("PositionX"));           // stored in "Position" instead
+    EXPECT_TRUE(root.hasChild("Position"));
+    EXPECT_TRUE(root.hasChild("graph"));
+
+    auto other = NewInstance();
+    Load(*other, root);
+    EXPECT_EQ(Dump(Store(*other)), Dump(root));
+}
+
+TEST(PluginState, AbsentItemsTakeTheirDefaultsAndTheDocumentedFlags)
+{
+    auto core = NewInstance();
+    ConfigureEverything(*core);
+    ZMLElement empty("settings");
+    Load(*core, empty);
+
+    EXPECT_EQ(core->loadedStateVersion(), 0x050300);
+    EXPECT_EQ(core->presetPosition().edit, 1) << "no ActivePreset: opens for editing";
+    EXPECT_EQ(core->presetPosition().currentActivePreset, 0);
+    EXPECT_EQ(core->presetPosition().currentPresetIndex, -1);
+    // Items the table keeps when absent stay as they were; the others return to defaults.
+    EXPECT_EQ(core->channelMode(), ZChannelMode::Surround);
+    EXPECT_FALSE(core->midiControllers().controllersEnabled());
+    EXPECT_FALSE(core->midiControllers().presetSwitch().enabled);
+    EXPECT_EQ(core->maxSubBlock(), 256);
+    EXPECT_LT(core->parameters().value(core->bypassIndex())->getNormalized(), 0.5);
+    EXPECT_EQ(core->lfo(1).settings().enabled, 0);
+    EXPECT_EQ(core->lfo(1).targets().size(), 1);
+    EXPECT_EQ(core->multiParameter(2).name(), "");
+    EXPECT_EQ(core->multiParameter(2).bankCount(), ZMultiParameter::kDefaultBankCount);
+    EXPECT_TRUE(core->midiControllers().controllers().empty());
+    EXPECT_DOUBLE_EQ(ReverbOf(*core).positions().sourceX, 0.5);
+    EXPECT_DOUBLE_EQ(ReverbOf(*core).settings().reverbTime, 0.5);
+
+    ZMLElement withPreset("settings");
+    withPreset.addChild("ActivePreset");
+    Load(*core, withPreset);
+    EXPECT_EQ(core->presetPosition().edit, 0) << "ActivePreset without Edit";
+}
+
+TEST(PluginState, EveryNonDefaultSettingRoundTripsExactly)
+{
+    auto source = NewInstance();
+    ConfigureEverything(*source);
+    ZMLElement stored = Store(*source);
+    EXPECT_EQ(stored.getAttribute("SurroundChannelsEnable"), "10101101");
+    EXPECT_EQ(stored.getAttribute("Bypass"), "1");
+    EXPECT_EQ(stored.getAttribute("MaxLFOBlockSize"), "128");
+
+    auto copy = NewInstance();
+    Load(*copy, stored);
+    EXPECT_EQ(Dump(Store(*copy)), Dump(stored));
+
+    EXPECT_EQ(copy->surroundChannelMask(), 0b10110101u);
+    EXPECT_EQ(copy->lfo(1).settings().frequency, 3.3);
+    EXPECT_EQ(copy->lfo(1).shape().family(), ZSignalGenerator::Family::Steps);
+    ASSERT_EQ(copy->lfo(1).targets().size(), 2);
+    EXPECT_EQ(copy->lfo(1).targets().targets()[1].shape.pointCount(), 3);
+    const ZMultiParameter& multi = copy->multiParameter(2);
+    EXPECT_EQ(multi.name(), "Room & <Hall>");
+    EXPECT_EQ(multi.mode(), ZMultiParameterMode::Banks);
+    ASSERT_EQ(multi.bankCount(), 3);
+    EXPECT_EQ(multi.banks()[1], (std::vector<double>{0.5, 0.25}));
+    EXPECT_EQ(multi.valueBackup(), (std::vector<double>{0.125, 0.75}));
+    EXPECT_EQ(copy->midiControllers().noteControllers().at(0).note, 64);
+    EXPECT_DOUBLE_EQ(ReverbOf(*copy).positions().microphoneY, 0.8);
+    EXPECT_EQ(copy->presetPosition().currentActivePreset, 2);
+}
+
+TEST(PluginState, OutOfRangeAndUnknownItemsAreBroughtIntoRangeOrIgnored)
+{
+    auto core = NewInstance();
+    ZMLElement root("settings");
+    root.setAttribute("ReverbTime", "1e300");
+    root.setAttribute("Size", "not a number");
+    root.setAttribute("MaxLFOBlockSize", "-5");
+    root.setAttribute("ChannelMode", "Quadraphonic");
+    root.setAttribute("FutureSetting", "42");
+    ZMLElement& lfo = root.addChild("LFOs").addChild("LFO");
+    lfo.setAttribute("Mode", "99");
+    lfo.setAttribute("Frequency", "-3");
+    lfo.addChild("Parameter").setAttribute("ParameterIndex", "9999");
+    ZMLElement& multi = root.addChild("MultiParameters").addChild("MultiParameter");
+    multi.setAttribute("BankCount", "100000");
+    multi.addChild("Banks").addChild("Bank").setAttribute("Values", "2 nan -1 0.5");
+    Load(*core, root);
+
+    EXPECT_DOUBLE_EQ(ReverbOf(*core).settings().reverbTime, 30.0);
+    EXPECT_DOUBLE_EQ(ReverbOf(*core).settings().size, ReverbOf(*NewInstance()).settings().size);
+    EXPECT_EQ(core->maxSubBlock(), 1);
+    EXPECT_EQ(core->channelMode(), ZChannelMode::Stereo);
+    EXPECT_EQ(core->lfo(0).settings().mode, static_cast<int32_t>(ZLFOMode::Pitch));
+    EXPECT_DOUBLE_EQ(core->lfo(0).settings().frequency, ZLFO::kMinFrequency);
+    ASSERT_EQ(core->lfo(0).targets().size(), 1) << "an invalid target falls back to the default target";
+    EXPECT_LT(core->lfo(0).targets().targets()[0].parameter, core->GetParameterCount());
+    EXPECT_EQ(core->multiParameter(0).bankCount(), ZMultiParameter::kMaxBankCount);
+    EXPECT_EQ(core->multiParameter(0).banks()[0][0], 1.0);
+}
+
+} // namespace
+} // namespace halvern
