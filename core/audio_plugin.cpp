@@ -167,6 +167,15 @@ void ZAudioPlugin::SetMaxBlockSize(int samples)
     setLocked(maxBlockSize_, samples);
 }
 
+bool ZAudioPlugin::ReceivesMIDI() { return false; }
+bool ZAudioPlugin::SendsMIDI() { return false; }
+
+void ZAudioPlugin::SetNames(std::string productName, std::string vendorName)
+{
+    productName_ = std::move(productName);
+    vendorName_ = std::move(vendorName);
+}
+
 void ZAudioPlugin::Serialize(const ZSerializationContext&) {}
 
 void ZAudioPlugin::InitProcessing()

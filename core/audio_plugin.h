@@ -67,6 +67,13 @@ public:
     virtual int32_t GetInputBusCount();
     virtual int32_t GetOutputBusCount();
 
+    // The names hosts show for the plug-in and its maker.
+    const std::string& productName() const { return productName_; }
+    const std::string& vendorName() const { return vendorName_; }
+    // Whether the plug-in wants MIDI input, and whether it produces MIDI output.
+    virtual bool ReceivesMIDI();
+    virtual bool SendsMIDI();
+
     // Stores the state into, or reads it from, the context's element. Every level of the
     // plug-in chain adds its own items and hands on to its base; this root level has none.
     virtual void Serialize(const ZSerializationContext& context);
@@ -133,6 +140,9 @@ public:
     const ZBlockBuffers& currentInputs() const { return currentInputs_; }
     const ZBlockBuffers& currentOutputs() const { return currentOutputs_; }
 
+protected:
+    void SetNames(std::string productName, std::string vendorName);
+
 private:
     using ChannelArray = std::array<float*, kMaxChannels>;
 
@@ -161,6 +171,8 @@ private:
     void sizeDelayLines();
 
     // configuration
+    std::string productName_;
+    std::string vendorName_;
     int inputChannels_ = 2;
     int outputChannels_ = 2;
     int channelsPerBus_ = 2;

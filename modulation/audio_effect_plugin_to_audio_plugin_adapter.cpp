@@ -2,6 +2,7 @@
 
 #include "core/exception_frame.h"
 #include "core/vector_kernels.h"
+#include "core/z_exception.h"
 
 #include <algorithm>
 #include <cmath>
@@ -33,9 +34,36 @@ double blockPeak(float* const* channels, int first, int count, int n)
 
 } // namespace
 
+ZAudioEffectPluginToAudioPluginAdapter::ZAudioEffectPluginToAudioPluginAdapter() : midiControllers_(processingLock()) {}
+
 ZAudioEffectPluginToAudioPluginAdapter::ZAudioEffectPluginToAudioPluginAdapter(std::unique_ptr<ZAudioEffectPlugin> effect)
-    : effect_(std::move(effect)), midiControllers_(processingLock())
+    : ZAudioEffectPluginToAudioPluginAdapter()
 {
+    attachEffect(std::move(effect));
+}
+
+void ZAudioEffectPluginToAudioPluginAdapter::Attach(std::string productName, std::string vendorName,
+                                                    ZPluginInterfaceFunction interfaceFunction,
+                                                    ZEffectDescription description)
+{
+    if (effect_)
+        throw ZException("The plug-in already has its effect.");
+    ZPlugin* created = interfaceFunction != nullptr
+                           ? reinterpret_cast<ZPlugin*>(interfaceFunction(nullptr, ZAudioEffectPlugin::kMessageCreate, nullptr))
+                           : nullptr;
+    auto* effect = dynamic_cast<ZAudioEffectPlugin*>(created);
+    if (effect == nullptr) {
+        delete created;
+        throw ZException("Error creating plugin.");
+    }
+    SetNames(std::move(productName), std::move(vendorName));
+    description_ = description;
+    attachEffect(std::unique_ptr<ZAudioEffectPlugin>(effect));
+}
+
+void ZAudioEffectPluginToAudioPluginAdapter::attachEffect(std::unique_ptr<ZAudioEffectPlugin> effect)
+{
+    effect_ = std::move(effect);
     effect_->RegisterParameters(*this);
     defaultTarget_.parameter = firstValuedParameter(parameters());
     for (int i = 0; i < kLFOCount; ++i)

@@ -22,14 +22,33 @@
 
 namespace halvern {
 
+// A library's interface function: with operation 7 it returns the effect object it was
+// given, or a new one when given none; other operations reach the object's messages.
+using ZPluginInterfaceFunction = intptr_t (*)(ZPlugin* object, int32_t operation, const ZPluginMessage* message);
+
+// Two values that describe the effect to the framework; kept as they are given.
+struct ZEffectDescription {
+    int32_t first = 0;
+    int32_t second = 0;
+};
+
 class ZAudioEffectPluginToAudioPluginAdapter : public ZEventTarget, public ZAudioPlugin {
 public:
     static constexpr int kLFOCount = 4;
     static constexpr int kMultiParameterCount = 4;
     static constexpr int kParametersPerLFO = 3;
 
+    // A core without its effect: Attach completes it.
+    ZAudioEffectPluginToAudioPluginAdapter();
+    // A core around a given effect, complete at once.
     explicit ZAudioEffectPluginToAudioPluginAdapter(std::unique_ptr<ZAudioEffectPlugin> effect);
     ~ZAudioEffectPluginToAudioPluginAdapter() override;
+
+    // Creates the effect through the library's interface function and builds the
+    // modulators around it. Throws "Error creating plugin." when no effect comes back.
+    void Attach(std::string productName, std::string vendorName, ZPluginInterfaceFunction interfaceFunction,
+                ZEffectDescription description);
+    const ZEffectDescription& effectDescription() const { return description_; }
 
     ZAudioEffectPlugin& effect() { return *effect_; }
     ZLFO& lfo(int index) { return *lfos_.at(static_cast<size_t>(index)); }
@@ -84,6 +103,8 @@ public:
     double sideChainMeterLevel() const { return sideChainMeter_; }
 
     std::string GetParameterName(int32_t index) override;
+    // MIDI reaches the controllers, the note controllers and the envelopes.
+    bool ReceivesMIDI() override { return true; }
     void InitProcessing() override;
     void ProcessSubBlock(float* const* inputs, float* const* outputs, int32_t sampleCount) override;
     void PrepareForProcessingOnce(float* const* inputs, float* const* outputs, int32_t sampleCount) override;
@@ -96,6 +117,7 @@ public:
     void ProcessPitchBend(int channel, int value, int32_t sampleOffset) override;
 
 private:
+    void attachEffect(std::unique_ptr<ZAudioEffectPlugin> effect);
     void registerParameters();
     void serializeSettings(const ZSerializationContext& context);
     void serializeSurround(const ZSerializationContext& context);
@@ -113,6 +135,7 @@ private:
     ZLFOInput detectorInput(const ZLFO& lfo, float* const* inputs, int n) const;
 
     std::unique_ptr<ZAudioEffectPlugin> effect_;
+    ZEffectDescription description_;
     ZModulatorTarget defaultTarget_;
     std::array<std::unique_ptr<ZLFO>, kLFOCount> lfos_;
     std::array<std::unique_ptr<ZMultiParameter>, kMultiParameterCount> multiParameters_;
