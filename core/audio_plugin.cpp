@@ -167,6 +167,7 @@ void ZAudioPlugin::SetMaxBlockSize(int samples)
     setLocked(maxBlockSize_, samples);
 }
 
+int32_t ZAudioPlugin::GetTailSamples() { return latency_; }
 bool ZAudioPlugin::ReceivesMIDI() { return false; }
 bool ZAudioPlugin::SendsMIDI() { return false; }
 

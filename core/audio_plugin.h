@@ -30,6 +30,9 @@ struct ZHostTimeInfo {
     double sampleRate = 0.0;
     double musicalPosition = 0.0;    // in quarter notes
     bool positionValid = false;      // the host supplied tempo and position
+    int timeSigNumerator = 4;
+    int timeSigDenominator = 4;
+    double barStart = 0.0;           // position of the current bar's start, in quarter notes
 };
 
 // The buffers of the block being processed, in one direction.
@@ -66,6 +69,9 @@ public:
 
     virtual int32_t GetInputBusCount();
     virtual int32_t GetOutputBusCount();
+
+    // Samples the plug-in keeps sounding after its input stops, latency included.
+    virtual int32_t GetTailSamples();
 
     // The names hosts show for the plug-in and its maker.
     const std::string& productName() const { return productName_; }

@@ -19,7 +19,6 @@ public:
     virtual void ReportLatency(int32_t samples) = 0;
     // A parameter changed inside the plug-in; never called on the audio thread.
     virtual void SendAutomation(int32_t index, double normalized) = 0;
-    virtual void SendBypassAutomation(bool bypass) = 0;
     // Queues a MIDI event for the host; sent at the end of the block.
     virtual void QueueMIDIEvent(const ZMIDIEvent& event) = 0;
 };

@@ -107,6 +107,13 @@ std::string ZAudioEffectPluginToAudioPluginAdapter::GetParameterName(int32_t ind
     return ZAudioPlugin::GetParameterName(index);
 }
 
+int32_t ZAudioEffectPluginToAudioPluginAdapter::GetTailSamples()
+{
+    // The effect runs at the oversampled rate; its tail is counted in its own samples.
+    return Guarded("ZAudioEffectPluginToAudioPluginAdapter::GetTailSamples", int32_t{0},
+                   [&] { return effect_->GetTailLength() / std::max(oversampling(), 1) + GetLatency(); });
+}
+
 void ZAudioEffectPluginToAudioPluginAdapter::SetModulatorsEnabled(bool enabled)
 {
     ZLockHolder hold(processingLock(), -1);

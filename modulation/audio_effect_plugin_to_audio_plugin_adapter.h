@@ -103,6 +103,7 @@ public:
     double sideChainMeterLevel() const { return sideChainMeter_; }
 
     std::string GetParameterName(int32_t index) override;
+    int32_t GetTailSamples() override;
     // MIDI reaches the controllers, the note controllers and the envelopes.
     bool ReceivesMIDI() override { return true; }
     void InitProcessing() override;

@@ -457,7 +457,6 @@ TEST(AudioPluginFrame, LatencyChangesAreReportedToTheHost)
         std::vector<int> latencies;
         void ReportLatency(int32_t samples) override { latencies.push_back(samples); }
         void SendAutomation(int32_t, double) override {}
-        void SendBypassAutomation(bool) override {}
         void QueueMIDIEvent(const ZMIDIEvent&) override {}
     } host;
     {

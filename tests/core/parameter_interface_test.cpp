@@ -132,7 +132,6 @@ TEST(ParameterInterface, ChangesMadeInsideArePassedToTheHostOffTheAudioThread)
         std::vector<std::pair<int, double>> sent;
         void ReportLatency(int32_t) override {}
         void SendAutomation(int32_t index, double value) override { sent.emplace_back(index, value); }
-        void SendBypassAutomation(bool) override {}
         void QueueMIDIEvent(const ZMIDIEvent&) override {}
     } host;
     ParameterCore core;

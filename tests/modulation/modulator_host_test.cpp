@@ -225,7 +225,6 @@ TEST(ModulatorHost, NormalMultiParameterDrivesItsTargetsWhenItsValueChanges)
         std::vector<int> indices;
         void ReportLatency(int32_t) override {}
         void SendAutomation(int32_t index, double) override { indices.push_back(index); }
-        void SendBypassAutomation(bool) override {}
         void QueueMIDIEvent(const ZMIDIEvent&) override {}
     } recorder;
     host.core.SetHostAdapter(&recorder);
