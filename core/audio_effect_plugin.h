@@ -6,13 +6,13 @@
 
 #include "core/z_lock.h"
 #include "core/z_object.h"
+#include "state/zml_fwd.h"
 
 #include <cstdint>
 
 namespace halvern {
 
 class ZAudioPlugin;
-class ZMLElement;
 struct ZHostTimeInfo;
 
 class ZAudioEffectPlugin : public ZPlugin {
