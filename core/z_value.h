@@ -4,6 +4,7 @@
 // default, steps, a normalised 0..1 view, a storage text and a display text.
 
 #include "core/z_object.h"
+#include "state/zml_fwd.h"
 
 #include <string>
 #include <string_view>
@@ -11,7 +12,6 @@
 namespace halvern {
 
 class ZStream;
-class ZMLElement;
 
 // Something that can be written to and read from a stream and an attribute element.
 class ZStorable : public ZObject {

@@ -1,0 +1,322 @@
+#include "core/z_exception.h"
+#include "state/z_stream.h"
+#include "state/zml_reader.h"
+#include "state/zml_writer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace halvern {
+namespace {
+
+using namespace std::string_literals;
+
+const std::string kDeclaration = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n";
+
+// Collects what is written and hands out a given text to readers.
+class CollectingStream : public ZStream {
+public:
+    explicit CollectingStream(std::string readable = {}) : readable_(std::move(readable)) {}
+
+    void Write(const void* bytes, int32_t count) override
+    {
+        written.append(static_cast<const char*>(bytes), static_cast<size_t>(count));
+        ++writes;
+    }
+
+    int32_t Read(void* bytes, int32_t count) override
+    {
+        const size_t piece = std::min(static_cast<size_t>(count), readable_.size() - read_);
+        std::memcpy(bytes, readable_.data() + read_, piece);
+        read_ += piece;
+        return static_cast<int32_t>(piece);
+    }
+
+    std::string written;
+    int writes = 0;
+
+private:
+    std::string readable_;
+    size_t read_ = 0;
+};
+
+std::string messageOf(const std::function<void()>& action)
+{
+    try {
+        action();
+    } catch (const ZException& error) {
+        return error.message();
+    }
+    return "(no exception)";
+}
+
+std::string readError(std::string_view document)
+{
+    return messageOf([&] { ReadZMLDocument(document); });
+}
+
+// A small state with attributes given out of order, characters that need escaping, an
+// empty element, a leaf with text and a nested list.
+ZMLElement sampleState()
+{
+    ZMLElement root("settings");
+    root.setAttribute("Version", "328448");
+    root.setAttribute("Name", "Hall & \"Big\" <1>'s");
+    root.setAttribute("AGC", "0");
+    ZMLElement& position = root.addChild("Position");
+    position.setAttribute("SourceY", "0.25");
+    position.setAttribute("SourceX", "0.5");
+    root.addChild("Note").setText("a<b & c>d");
+    ZMLElement& lfos = root.addChild("LFOs");
+    lfos.addChild("LFO").setAttribute("Mode", "1");
+    lfos.addChild("LFO");
+    return root;
+}
+
+// Everything the writer has to escape or lay out specially, and bytes it passes through.
+ZMLElement awkwardTree()
+{
+    ZMLElement root("r");
+    root.setText(" \t text around children \n");
+    root.setAttribute("controls", "\t\n\r\x01 \x1f"s);
+    root.setAttribute("empty", "");
+    root.setAttribute("quotes", "\"'&<>");
+    ZMLElement& leaf = root.addChild("leaf");
+    leaf.setText("  line 1\n\tline 2\r\n\x7f\0end  "s);
+    root.addChild("blank").setText(" \n\t ");
+    ZMLElement& utf8 = root.addChild("caf\xC3\xA9");
+    utf8.setAttribute("\xE2\x82\xAC", "\xF0\x9F\x8E\xB5 \xFF\xFE"); // invalid UTF-8 passes through too
+    ZMLElement& same = root.addChild("leaf");
+    same.addChild("leaf").addChild("leaf").setText("&amp;");
+    return root;
+}
+
+} // namespace
+
+TEST(ZMLDocumentTest, CompactFormIsOneLineAfterTheDeclaration)
+{
+    const std::string expected = kDeclaration +
+        "<settings AGC=\"0\" Name=\"Hall &amp; &quot;Big&quot; &lt;1&gt;&apos;s\" Version=\"328448\">"
+        "<Position SourceX=\"0.5\" SourceY=\"0.25\"/>"
+        "<Note>a&lt;b &amp; c&gt;d</Note>"
+        "<LFOs><LFO Mode=\"1\"/><LFO/></LFOs>"
+        "</settings>\n";
+    EXPECT_EQ(ZMLDocumentText(sampleState(), ZMLLayout::Compact), expected);
+
+    EXPECT_EQ(ZMLDocumentText(ZMLElement("settings"), ZMLLayout::Compact), kDeclaration + "<settings/>\n");
+    EXPECT_EQ(ZMLDocumentText(ZMLElement("settings"), ZMLLayout::Indented, "UTF-8"),
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<settings/>\n");
+}
+
+TEST(ZMLDocumentTest, IndentedFormPutsEachElementOnATabIndentedLine)
+{
+    const std::string expected = kDeclaration +
+        "<settings AGC=\"0\" Name=\"Hall &amp; &quot;Big&quot; &lt;1&gt;&apos;s\" Version=\"328448\">\n"
+        "\t<Position SourceX=\"0.5\" SourceY=\"0.25\"/>\n"
+        "\t<Note>a&lt;b &amp; c&gt;d</Note>\n"
+        "\t<LFOs>\n"
+        "\t\t<LFO Mode=\"1\"/>\n"
+        "\t\t<LFO/>\n"
+        "\t</LFOs>\n"
+        "</settings>\n";
+    EXPECT_EQ(ZMLDocumentText(sampleState(), ZMLLayout::Indented), expected);
+}
+
+TEST(ZMLDocumentTest, ControlBytesAndBlanksAroundChildrenAreWrittenAsReferences)
+{
+    ZMLElement root("r");
+    root.setAttribute("v", "a\tb\nc\rd\0e"s);
+    root.setText(" x\ty\n");
+    root.addChild("leaf").setText("\t1\n2\r3\x1f "s);
+    EXPECT_EQ(ZMLDocumentText(root, ZMLLayout::Compact),
+              kDeclaration + "<r v=\"a&#9;b&#10;c&#13;d&#0;e\">&#32;x\ty&#10;<leaf>\t1\n2&#13;3&#31; </leaf></r>\n");
+    EXPECT_EQ(ZMLDocumentText(root, ZMLLayout::Indented),
+              kDeclaration + "<r v=\"a&#9;b&#10;c&#13;d&#0;e\">&#32;x\ty&#10;\n\t<leaf>\t1\n2&#13;3&#31; </leaf>\n</r>\n");
+}
+
+TEST(ZMLDocumentTest, StreamWriterWritesTheSameBytesInPieces)
+{
+    ZMLElement root("presets");
+    for (int i = 0; i < 2000; ++i)
+        root.addChild("preset").setAttributeInt("index", i);
+    for (const ZMLLayout layout : {ZMLLayout::Compact, ZMLLayout::Indented}) {
+        CollectingStream stream;
+        WriteZMLDocument(stream, root, layout);
+        EXPECT_EQ(stream.written, ZMLDocumentText(root, layout));
+        EXPECT_GT(stream.writes, 1); // not held back in one piece
+        EXPECT_LT(stream.writes, 20); // nor written element by element
+    }
+}
+
+TEST(ZMLDocumentTest, WriterRefusesTreesItCouldNotReadBackAndWritesNothing)
+{
+    auto writeError = [](const ZMLElement& root) {
+        CollectingStream stream;
+        const std::string message = messageOf([&] { WriteZMLDocument(stream, root, ZMLLayout::Compact); });
+        if (message != "(no exception)") {
+            EXPECT_EQ(stream.written, "");
+        }
+        return message;
+    };
+    ZMLElement root("settings");
+    root.addChild("Preset 1");
+    EXPECT_EQ(writeError(root), "Invalid element name (Preset 1).");
+    root.clear();
+    root.addChild("Position").setAttribute("1x", "0");
+    EXPECT_EQ(writeError(root), "Invalid attribute name (1x).");
+    EXPECT_EQ(writeError(ZMLElement()), "Invalid element name ().");
+
+    ZMLElement deep("d");
+    ZMLElement* tip = &deep;
+    for (int depth = 1; depth < kZMLMaxDepth; ++depth)
+        tip = &tip->addChild("d");
+    EXPECT_EQ(writeError(deep), "(no exception)");
+    tip->addChild("d");
+    EXPECT_EQ(writeError(deep), "Elements are nested deeper than 256 levels.");
+}
+
+TEST(ZMLDocumentTest, BothFormsReadBackToTheSameTree)
+{
+    for (const ZMLElement& tree : {sampleState(), awkwardTree()}) {
+        for (const ZMLLayout layout : {ZMLLayout::Compact, ZMLLayout::Indented}) {
+            const std::string text = ZMLDocumentText(tree, layout);
+            const auto read = ReadZMLDocument(text);
+            EXPECT_TRUE(*read == tree) << text;
+            EXPECT_EQ(ZMLDocumentText(*read, layout), text);
+
+            CollectingStream stream(text);
+            EXPECT_TRUE(*ReadZMLDocument(stream) == tree);
+        }
+    }
+    const auto awkward = ReadZMLDocument(ZMLDocumentText(awkwardTree(), ZMLLayout::Indented));
+    EXPECT_EQ(awkward->text(), " \t text around children \n");
+    EXPECT_EQ(awkward->children()[1]->text(), " \n\t ");
+}
+
+TEST(ZMLDocumentTest, ReaderSkipsDeclarationCommentsAndBlanksBetweenElements)
+{
+    const auto root = ReadZMLDocument("\xEF\xBB\xBF<?xml version='1.0'?>\r\n<!-- a <comment> -->\n"
+                                      "<settings\n\tAGC = '1'\tVersion=\"2\" >\r\n"
+                                      "  <!-- inside --><?pi ignored?>\n"
+                                      "  <LFOs>\n\t\t<LFO Mode=\"3\" />\n\n\t</LFOs >\n"
+                                      "  <Note>  kept  as  is\n</Note>\n"
+                                      "</settings>\n\n<!-- after -->\t\n");
+    ZMLElement expected("settings");
+    expected.setAttribute("AGC", "1");
+    expected.setAttribute("Version", "2");
+    expected.addChild("LFOs").addChild("LFO").setAttribute("Mode", "3");
+    expected.addChild("Note").setText("  kept  as  is\n");
+    EXPECT_TRUE(*root == expected) << ZMLDocumentText(*root, ZMLLayout::Indented);
+
+    // Text between children: blank runs vanish, the rest of each run is kept without
+    // its literal blanks at either end.
+    const auto mixed = ReadZMLDocument("<a>\n  one two\n  <b/>\n  &#32;three&#10;  <c/>  \n</a>");
+    EXPECT_EQ(mixed->text(), "one two three\n");
+    EXPECT_EQ(ReadZMLDocument("<a>  </a>")->text(), "  ");
+}
+
+TEST(ZMLDocumentTest, ReaderDecodesEntitiesReferencesAndCData)
+{
+    const auto root = ReadZMLDocument("<t v=\"&lt;&gt;&amp;&quot;&apos;\">"
+                                      "&#65;&#x42;&#x20AC;&#x1F600;&#xe9;&#0;|<![CDATA[<&amp;>]]></t>");
+    EXPECT_EQ(root->getAttribute("v"), "<>&\"'");
+    EXPECT_EQ(root->text(), "AB\xE2\x82\xAC\xF0\x9F\x98\x80\xC3\xA9\0|<&amp;>"s);
+}
+
+TEST(ZMLDocumentTest, MismatchedClosingTagStrayTextAndEmptyEntityName)
+{
+    EXPECT_EQ(readError("<a><b></a></b>"), "Invalid closing element name.");
+    EXPECT_EQ(readError("<a></b>"), "Invalid closing element name.");
+    EXPECT_EQ(readError("<a/></a>"), "Invalid closing element name.");
+    EXPECT_EQ(readError("x<a/>"), "Text outside of any element.");
+    EXPECT_EQ(readError("<a/>\n tail"), "Text outside of any element.");
+    EXPECT_EQ(readError("&amp;<a/>"), "Text outside of any element.");
+    EXPECT_EQ(readError("<a/><![CDATA[x]]>"), "Text outside of any element.");
+    EXPECT_EQ(readError("<a>&;</a>"), "XML entity cannot have empty name.");
+    EXPECT_EQ(readError("<a b=\"x&;\"/>"), "XML entity cannot have empty name.");
+}
+
+TEST(ZMLDocumentTest, OtherMalformedDocumentsFailWithTheirOwnMessages)
+{
+    const std::pair<std::string_view, std::string_view> cases[] = {
+        // unterminated constructs
+        {"<a", "Unterminated element tag."},
+        {"<a b=\"1\"", "Unterminated element tag."},
+        {"<a b", "Unterminated element tag."},
+        {"<a/", "Unterminated element tag."},
+        {"<a></a", "Unterminated element tag."},
+        {"<a b=\"1/>", "Unterminated attribute value."},
+        {"<!-- open <a/>", "Unterminated comment."},
+        {"<?xml version=\"1.0\"", "Unterminated processing instruction."},
+        {"<a><![CDATA[x]]</a>", "Unterminated CDATA section."},
+        {"<a>&amp</a>", "Unterminated XML entity."},
+        {"<a>& b;</a>", "Unterminated XML entity."},
+        {"<a><b>", "Element (b) is not closed."},
+        // entities and references
+        {"<a>&nbsp;</a>", "Unknown XML entity (nbsp)."},
+        {"<a v=\"&AMP;\"/>", "Unknown XML entity (AMP)."},
+        {"<a>&#;</a>", "Invalid character reference (#)."},
+        {"<a>&#x;</a>", "Invalid character reference (#x)."},
+        {"<a>&#12a;</a>", "Invalid character reference (#12a)."},
+        {"<a>&#xD800;</a>", "Invalid character reference (#xD800)."},
+        {"<a>&#x110000;</a>", "Invalid character reference (#x110000)."},
+        {"<a>&#99999999999999999999;</a>", "Invalid character reference (#99999999999999999999)."},
+        // document structure
+        {"", "Document has no root element."},
+        {" \n<?xml version=\"1.0\"?>\n<!-- only -->\n", "Document has no root element."},
+        {"<a/><b/>", "Document has more than one root element."},
+        {"<!DOCTYPE a><a/>", "Markup declarations are not supported."},
+        // tags and attributes
+        {"<1a/>", "Invalid element name."},
+        {"< a/>", "Invalid element name."},
+        {"<a></>", "Invalid element name."},
+        {"<a -b=\"1\"/>", "Invalid attribute name."},
+        {"<a $b=\"1\"/>", "Invalid character in element tag."},
+        {"<a b=\"1\"c=\"2\"/>", "Invalid character in element tag."},
+        {"<a b=\"1\" / >", "Invalid character in element tag."},
+        {"<a></a x>", "Invalid character in element tag."},
+        {"<a b/>", "Attribute (b) has no value."},
+        {"<a b=1/>", "Value of attribute (b) is not quoted."},
+        {"<a b=\"1\" c=\"2\" b='3'/>", "Duplicate attribute (b)."},
+    };
+    for (const auto& [document, message] : cases)
+        EXPECT_EQ(readError(document), message) << document;
+}
+
+TEST(ZMLDocumentTest, NestingAndSizeAreLimited)
+{
+    const auto nested = [](int depth) {
+        std::string text;
+        for (int i = 0; i < depth; ++i)
+            text += "<d>";
+        for (int i = 0; i < depth; ++i)
+            text += "</d>";
+        return text;
+    };
+    EXPECT_EQ(readError(nested(kZMLMaxDepth)), "(no exception)");
+    EXPECT_EQ(readError(nested(kZMLMaxDepth + 1)), "Elements are nested deeper than 256 levels.");
+    EXPECT_EQ(readError(std::string(100000, '<')), "Invalid element name.");
+    std::string opened;
+    for (int i = 0; i < 300000; ++i)
+        opened += "<d>";
+    EXPECT_EQ(readError(opened), "Elements are nested deeper than 256 levels.");
+
+    std::string large(kZMLMaxDocumentSize + 1, ' ');
+    large.replace(0, 4, "<a/>");
+    EXPECT_EQ(readError(large), "Document is larger than 67108864 bytes.");
+    large.pop_back();
+    EXPECT_EQ(readError(large), "(no exception)");
+
+    const std::string document = "<a>" + std::string(94, 'x') + "</a>"; // 101 bytes
+    CollectingStream over(document);
+    EXPECT_EQ(messageOf([&] { ReadZMLDocument(over, 100); }), "Document is larger than 100 bytes.");
+    CollectingStream exact(document);
+    EXPECT_EQ(ReadZMLDocument(exact, 101)->text().size(), 94u);
+}
+
+} // namespace halvern

@@ -1,0 +1,193 @@
+#include "core/z_exception.h"
+#include "core/z_format.h"
+#include "state/zml_element.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <functional>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace halvern {
+namespace {
+
+std::string messageOf(const std::function<void()>& action)
+{
+    try {
+        action();
+    } catch (const ZException& error) {
+        return error.message();
+    }
+    return "(no exception)";
+}
+
+void expectSortedAndMatching(const ZMLElement& element, const std::map<std::string, std::string>& expected)
+{
+    const auto& attributes = element.attributes();
+    ASSERT_EQ(attributes.size(), expected.size());
+    auto want = expected.begin();
+    for (const ZAttribute& attribute : attributes) {
+        EXPECT_EQ(attribute.name, want->first);
+        EXPECT_EQ(attribute.value, want->second);
+        ++want;
+    }
+    for (const auto& [name, value] : expected) {
+        ASSERT_NE(element.findAttribute(name), nullptr) << name;
+        EXPECT_EQ(*element.findAttribute(name), value);
+    }
+}
+
+} // namespace
+
+TEST(ZMLElementTest, AttributesStaySortedThroughInsertsReplacementsAndRemovals)
+{
+    std::vector<std::string> names;
+    for (int i = 0; i < 300; ++i)
+        names.push_back(ZFormat("A{0}").arg(i * 7919 % 1000).text()); // "A10" sorts before "A9"
+    std::mt19937 random(12345);
+    std::shuffle(names.begin(), names.end(), random);
+
+    ZMLElement element("settings");
+    std::map<std::string, std::string> expected;
+    for (size_t i = 0; i < names.size(); ++i) {
+        element.setAttribute(names[i], std::to_string(i));
+        expected[names[i]] = std::to_string(i);
+    }
+    // Replacing keeps one entry per name.
+    for (size_t i = 0; i < names.size(); i += 3) {
+        element.setAttribute(names[i], "new");
+        expected[names[i]] = "new";
+    }
+    expectSortedAndMatching(element, expected);
+
+    std::shuffle(names.begin(), names.end(), random);
+    for (size_t i = 0; i < names.size() / 2; ++i) {
+        element.removeAttribute(names[i]);
+        expected.erase(names[i]);
+    }
+    element.removeAttribute("absent");
+    expectSortedAndMatching(element, expected);
+    EXPECT_FALSE(element.hasAttribute(names[0]));
+    EXPECT_TRUE(element.hasAttribute(names.back()));
+    EXPECT_EQ(element.getAttribute(names[0], "fallback"), "fallback");
+    // Names that fall between, before and after the stored ones are not found.
+    EXPECT_FALSE(element.hasAttribute("A"));
+    EXPECT_FALSE(element.hasAttribute("0"));
+    EXPECT_FALSE(element.hasAttribute("B"));
+
+    ZList<ZAttribute> replacement{{"b", "1"}, {"a", "2"}, {"b", "3"}, {"c", "4"}, {"a", "5"}};
+    element.setAttributes(replacement);
+    expectSortedAndMatching(element, {{"a", "5"}, {"b", "3"}, {"c", "4"}});
+}
+
+TEST(ZMLElementTest, IntegerAttributesReadBackAndFallBackOnBadText)
+{
+    ZMLElement element("value");
+    element.setAttributeInt("Version", 0x050300);
+    element.setAttributeInt("Low", LLONG_MIN);
+    element.setAttributeInt("High", LLONG_MAX);
+    EXPECT_EQ(element.getAttribute("Version"), "328448");
+    EXPECT_EQ(element.getAttributeInt("Version"), 328448);
+    EXPECT_EQ(element.getAttributeInt("Low"), LLONG_MIN);
+    EXPECT_EQ(element.getAttributeInt("High"), LLONG_MAX);
+    EXPECT_EQ(element.getAttributeInt("Missing", 256), 256);
+
+    const std::pair<const char*, long long> texts[] = {
+        {" +7 ", 7}, {"-12", -12}, {"0", 0}, {"", -1}, {"+", -1}, {"+-3", -1}, {"12abc", -1},
+        {"1.5", -1}, {"0x10", -1}, {"99999999999999999999", -1}, {"- 5", -1},
+    };
+    for (const auto& [text, number] : texts) {
+        element.setAttribute("Item", text);
+        EXPECT_EQ(element.getAttributeInt("Item", -1), number) << '"' << text << '"';
+    }
+}
+
+TEST(ZMLElementTest, RequiredItemsThrowWithTheirNames)
+{
+    ZMLElement root("settings");
+    root.setAttribute("Version", "1");
+    ZMLElement& lfos = root.addChild("LFOs");
+    EXPECT_EQ(root.requireAttribute("Version"), "1");
+    EXPECT_EQ(&root.requireChild("LFOs"), &lfos);
+    const ZMLElement& constant = root;
+    EXPECT_EQ(&constant.requireChild("LFOs"), &lfos);
+
+    EXPECT_EQ(messageOf([&] { root.requireAttribute("ChannelMode"); }),
+              "Could not find required attribute (ChannelMode).");
+    EXPECT_EQ(messageOf([&] { constant.requireChild("MultiParameters"); }),
+              "Could not find required subitem (MultiParameters).");
+    EXPECT_EQ(messageOf([&] { root.requireChild("version"); }), "Could not find required subitem (version).");
+}
+
+TEST(ZMLElementTest, ChildrenAreFoundRemovedClearedAndCopiedDeeply)
+{
+    ZMLElement root("settings");
+    ZMLElement& first = root.addChild("LFO");
+    first.setAttribute("Mode", "1");
+    ZMLElement& other = root.addChild("Position");
+    ZMLElement& second = root.addChild("LFO");
+    second.setText("second");
+    second.addChild("Steps").setAttributeInt("Count", 4);
+
+    EXPECT_EQ(root.findChild("LFO"), &first);
+    EXPECT_EQ(root.findChild("Missing"), nullptr);
+
+    auto copy = root.clone();
+    EXPECT_TRUE(*copy == root);
+    copy->children()[2]->children()[0]->setAttribute("Count", "5");
+    EXPECT_FALSE(*copy == root);
+    EXPECT_EQ(second.children()[0]->getAttribute("Count"), "4"); // the copy owns its own elements
+
+    ZMLElement notAChild("LFO");
+    EXPECT_FALSE(root.removeChild(notAChild));
+    EXPECT_TRUE(root.removeChild("LFO")); // the first of that name
+    ASSERT_EQ(root.children().size(), 2u);
+    EXPECT_EQ(root.findChild("LFO")->text(), "second");
+    EXPECT_TRUE(root.removeChild(other));
+    EXPECT_FALSE(root.hasChild("Position"));
+    EXPECT_FALSE(root.removeChild("Position"));
+
+    ZMLElement& kept = root.addCopy(*copy);
+    EXPECT_EQ(kept.name(), "settings");
+    EXPECT_EQ(kept.children().size(), 3u);
+
+    root.setText("text");
+    root.setAttribute("AGC", "1");
+    root.clear();
+    EXPECT_EQ(root.name(), "settings");
+    EXPECT_TRUE(root.text().empty());
+    EXPECT_TRUE(root.attributes().empty());
+    EXPECT_TRUE(root.children().empty());
+    EXPECT_TRUE(root == ZMLElement("settings"));
+}
+
+TEST(ZMLElementTest, EqualityComparesEveryPartInOrder)
+{
+    ZMLElement base("a");
+    base.setAttribute("x", "1");
+    base.setText("t");
+    base.addChild("b");
+    base.addChild("c");
+
+    auto changed = [&](auto change) {
+        auto copy = base.clone();
+        change(*copy);
+        return !(*copy == base) && !(base == *copy);
+    };
+    EXPECT_TRUE(changed([](ZMLElement& e) { e.setName("A"); }));
+    EXPECT_TRUE(changed([](ZMLElement& e) { e.setAttribute("x", "2"); }));
+    EXPECT_TRUE(changed([](ZMLElement& e) { e.setAttribute("y", "1"); }));
+    EXPECT_TRUE(changed([](ZMLElement& e) { e.setText("t "); }));
+    EXPECT_TRUE(changed([](ZMLElement& e) { e.addChild("b"); }));
+    EXPECT_TRUE(changed([](ZMLElement& e) {
+        e.removeChild("b");
+        e.addChild("b");
+    }));
+    EXPECT_FALSE(changed([](ZMLElement&) {}));
+}
+
+} // namespace halvern
