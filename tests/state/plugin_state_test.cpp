@@ -1,12 +1,17 @@
+#include "core/z_exception.h"
 #include "modulation/audio_effect_plugin_to_audio_plugin_adapter.h"
 #include "reverb/halvern_audio_effect_plugin.h"
+#include "state/plugin_state_block.h"
 #include "state/serialization_context.h"
+#include "state/zml_writer.h"
 #include "state/zml_element.h"
 
 #include <gtest/gtest.h>
+#include <zlib.h>
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace halvern {
 namespace {
@@ -36,19 +41,34 @@ void Load(Core& core, ZMLElement& root)
     core.Serialize(ZSerializationContext(root, false));
 }
 
-// A canonical text of a tree, for comparisons with readable differences.
-std::string Dump(const ZMLElement& element, int depth = 0)
+// The tree as indented text, for comparisons with readable differences.
+std::string Dump(const ZMLElement& element)
 {
-    std::string text(static_cast<size_t>(depth), ' ');
-    text += element.name();
-    for (const ZAttribute& attribute : element.attributes())
-        text += " " + attribute.name + "=\"" + attribute.value + "\"";
-    if (!element.text().empty())
-        text += " text=\"" + element.text() + "\"";
-    text += "\n";
-    for (const auto& child : element.children())
-        text += Dump(*child, depth + 1);
+    return ZMLDocumentText(element, ZMLLayout::Indented);
+}
+
+std::vector<uint8_t> Block(Core& core)
+{
+    const ZMemoryStream block = SavePluginState(core);
+    return {block.data(), block.data() + block.size()};
+}
+
+std::string Inflate(const std::vector<uint8_t>& block)
+{
+    std::string text(1 << 20, '\0');
+    uLongf length = text.size();
+    EXPECT_EQ(uncompress(reinterpret_cast<Bytef*>(text.data()), &length, block.data(), block.size()), Z_OK);
+    text.resize(length);
     return text;
+}
+
+std::vector<uint8_t> Compress(const std::string& text)
+{
+    uLongf length = compressBound(text.size());
+    std::vector<uint8_t> block(length);
+    EXPECT_EQ(compress2(block.data(), &length, reinterpret_cast<const Bytef*>(text.data()), text.size(), 9), Z_OK);
+    block.resize(length);
+    return block;
 }
 
 ZModulatorTarget Target(int parameter, double value, ZRangeMode mode)
@@ -243,6 +263,108 @@ TEST(PluginState, OutOfRangeAndUnknownItemsAreBroughtIntoRangeOrIgnored)
     EXPECT_LT(core->lfo(0).targets().targets()[0].parameter, core->GetParameterCount());
     EXPECT_EQ(core->multiParameter(0).bankCount(), ZMultiParameter::kMaxBankCount);
     EXPECT_EQ(core->multiParameter(0).banks()[0][0], 1.0);
+}
+
+TEST(PluginState, BlockIsAZlibDocumentThatReloadsToTheSameBytes)
+{
+    auto source = NewInstance();
+    ConfigureEverything(*source);
+    const std::vector<uint8_t> block = Block(*source);
+    ASSERT_GE(block.size(), 2u);
+    EXPECT_EQ(block[0], 0x78);
+    EXPECT_EQ(block[1], 0xDA) << "level 9";
+    const std::string text = Inflate(block);
+    EXPECT_EQ(text.rfind("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<settings ", 0), 0u);
+    EXPECT_EQ(text.find('\r'), std::string::npos);
+
+    auto copy = NewInstance();
+    LoadPluginState(*copy, block.data(), static_cast<int32_t>(block.size()));
+    EXPECT_EQ(Block(*copy), block);
+    EXPECT_EQ(Block(*copy), block) << "a second save changes nothing";
+}
+
+TEST(PluginState, HandWrittenDocumentLoadsIntoTheExpectedValues)
+{
+    const std::string document = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+                                 "<settings Version=\"328448\" ChannelMode=\"Mid/Side\" ControllersEnabled=\"1\"\n"
+                                 "          Bypass=\"1\" MaxLFOBlockSize=\"64\" ReverbTime=\"2.500000\"\n"
+                                 "          ReverbMode=\"Mode 3\" Unknown=\"ignored\">\n"
+                                 "  <LFOs>\n"
+                                 "    <LFO Enabled=\"1\" Frequency=\"2.5\" Mode=\"3\">\n"
+                                 "      <Parameter ParameterIndex=\"10\" Value=\"0.25\" FullRange=\"1\"/>\n"
+                                 "    </LFO>\n"
+                                 "  </LFOs>\n"
+                                 "  <MultiParameters><MultiParameter/><MultiParameter Name=\"Room &amp; hall\"\n"
+                                 "    Mode=\"3\" BankCount=\"3\"><Banks><Bank Values=\"0\"/><Bank Values=\"1\"/></Banks>\n"
+                                 "  </MultiParameter></MultiParameters>\n"
+                                 "  <Controllers><Controller Controller=\"74\" Channel=\"2\" ParameterIndex=\"12\"/>"
+                                 "</Controllers>\n"
+                                 "  <ActivePreset Edit=\"1\" CurrentActivePreset=\"4\"/>\n"
+                                 "  <Position SourceX=\"0.125\" MicrophoneY=\"0.75\"/>\n"
+                                 "  <Equalizer><Peak Enabled=\"1\" Gain=\"-6\"/></Equalizer>\n"
+                                 "  <SomethingNew/>\n"
+                                 "</settings>\n";
+    const std::vector<uint8_t> block = Compress(document);
+    auto core = NewInstance();
+    LoadPluginState(*core, block.data(), static_cast<int32_t>(block.size()));
+
+    EXPECT_EQ(core->loadedStateVersion(), 0x050300);
+    EXPECT_EQ(core->channelMode(), ZChannelMode::MidSide);
+    EXPECT_TRUE(core->midiControllers().controllersEnabled());
+    EXPECT_EQ(core->maxSubBlock(), 64);
+    EXPECT_GE(core->parameters().value(core->bypassIndex())->getNormalized(), 0.5);
+    const ZReverbSettings& settings = ReverbOf(*core).settings();
+    EXPECT_DOUBLE_EQ(settings.reverbTime, 2.5);
+    EXPECT_EQ(settings.reverbMode, 2);
+    ZLFO& lfo = core->lfo(0);
+    EXPECT_EQ(lfo.settings().enabled, 1);
+    EXPECT_DOUBLE_EQ(lfo.settings().frequency, 2.5);
+    EXPECT_EQ(lfo.settings().mode, static_cast<int32_t>(ZLFOMode::Random));
+    ASSERT_EQ(lfo.targets().size(), 1);
+    EXPECT_EQ(lfo.targets().targets()[0].parameter, 10);
+    EXPECT_EQ(lfo.targets().targets()[0].rangeMode, ZRangeMode::FullRange);
+    const ZMultiParameter& multi = core->multiParameter(1);
+    EXPECT_EQ(multi.name(), "Room & hall");
+    ASSERT_EQ(multi.bankCount(), 3) << "two stored banks, the third copies the last";
+    EXPECT_EQ(multi.banks()[2][0], 1.0);
+    ASSERT_EQ(core->midiControllers().controllers().size(), 1u);
+    EXPECT_EQ(core->midiControllers().controllers()[0].controller, 74);
+    EXPECT_EQ(core->presetPosition().currentActivePreset, 4);
+    EXPECT_DOUBLE_EQ(ReverbOf(*core).positions().sourceX, 0.125);
+    EXPECT_DOUBLE_EQ(ReverbOf(*core).positions().microphoneY, 0.75);
+}
+
+TEST(PluginState, DamagedBlocksLeaveTheWholeStateUnchanged)
+{
+    auto source = NewInstance();
+    ConfigureEverything(*source);
+    const std::vector<uint8_t> good = Block(*source);
+
+    auto target = NewInstance();
+    target->lfo(3).setEnabledByUser(true);
+    target->SetChannelMode(ZChannelMode::Side);
+    const std::string before = Dump(Store(*target));
+
+    std::vector<std::vector<uint8_t>> damaged;
+    for (size_t length : {size_t{0}, size_t{1}, good.size() / 2, good.size() - 1})
+        damaged.emplace_back(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(length));
+    for (size_t at : {size_t{0}, size_t{5}, good.size() / 3, good.size() - 2}) {
+        damaged.push_back(good);
+        damaged.back()[at] ^= 0x10;
+    }
+    const std::string notZlib = "<settings Bypass=\"1\"/>";
+    damaged.emplace_back(notZlib.begin(), notZlib.end());
+    damaged.push_back(Compress("<?xml version=\"1.0\"?>\n<settings Bypass=\"1\"><LFOs></settings>"));
+    damaged.push_back(Compress("<settings Bypass=\"1\"/>trailing text"));
+    damaged.push_back(Compress("<settings Name=\"&;\"/>"));
+
+    for (size_t i = 0; i < damaged.size(); ++i) {
+        const std::vector<uint8_t>& block = damaged[i];
+        EXPECT_THROW(LoadPluginState(*target, block.empty() ? nullptr : block.data(), static_cast<int32_t>(block.size())),
+                     ZException)
+            << "block " << i;
+        EXPECT_EQ(Dump(Store(*target)), before) << "block " << i;
+    }
 }
 
 } // namespace

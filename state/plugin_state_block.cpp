@@ -1,0 +1,64 @@
+#include "state/plugin_state_block.h"
+
+#include "core/audio_plugin.h"
+#include "core/z_exception.h"
+#include "state/serialization_context.h"
+#include "state/z_zlib_stream.h"
+#include "state/zml_reader.h"
+#include "state/zml_writer.h"
+
+namespace halvern {
+namespace {
+
+constexpr const char* kRootName = "settings";
+constexpr const char* kEncoding = "utf-8";
+constexpr int kQuality = 100; // zlib level 9
+
+ZMLElement StoreState(ZAudioPlugin& plugin)
+{
+    ZMLElement root(kRootName);
+    plugin.Serialize(ZSerializationContext(root, true));
+    return root;
+}
+
+} // namespace
+
+ZMemoryStream SavePluginState(ZAudioPlugin& plugin)
+{
+    const ZMLElement root = StoreState(plugin);
+    ZMemoryStream block;
+    ZZLibStream compressor(&block, true, kQuality);
+    WriteZMLDocument(compressor, root, ZMLLayout::Compact, kEncoding);
+    compressor.Finish();
+    compressor.Detach();
+    return block;
+}
+
+std::unique_ptr<ZMLElement> ReadStateDocument(const void* bytes, int32_t size)
+{
+    if (bytes == nullptr || size <= 0)
+        throw ZException("Source compressed stream has invalid content.");
+    ZMemoryStream block(bytes, size);
+    ZZLibStream inflater(&block, false, kQuality);
+    std::unique_ptr<ZMLElement> document = ReadZMLDocument(inflater);
+    // A block cut short may still hold a whole document; without its checksum it is
+    // not trusted.
+    if (!inflater.reachedEnd())
+        throw ZException("Source compressed stream has invalid content.");
+    return document;
+}
+
+void LoadPluginState(ZAudioPlugin& plugin, const void* bytes, int32_t size)
+{
+    std::unique_ptr<ZMLElement> document = ReadStateDocument(bytes, size);
+    ZLockHolder hold(plugin.processingLock(), -1);
+    ZMLElement previous = StoreState(plugin);
+    try {
+        plugin.Serialize(ZSerializationContext(*document, false));
+    } catch (...) {
+        plugin.Serialize(ZSerializationContext(previous, false));
+        throw;
+    }
+}
+
+} // namespace halvern
