@@ -18,7 +18,7 @@ std::string onOff(int on)
 
 } // namespace
 
-ZReverbParameters::ZReverbParameters(ZEqualizerProcessorPlugin& equalizer) : equalizer_(equalizer)
+ZReverbParameters::ZReverbParameters(ZEqualizerProcessorPlugin& equalizer)
 {
     using namespace reverb_help;
     ZReverbSettings& s = settings_;

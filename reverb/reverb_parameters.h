@@ -73,7 +73,6 @@ private:
     static void applyDisplay(ZValueDouble& value, Display display);
 
     ZReverbSettings settings_;
-    ZEqualizerProcessorPlugin& equalizer_;
     std::vector<std::unique_ptr<ZValue>> owned_;
     std::vector<Record> records_;
 };

@@ -4,7 +4,7 @@
 set -euo pipefail
 
 packages=(
-    build-essential cmake pkg-config
+    build-essential cmake pkg-config clang
     zlib1g-dev
     fst-dev
     juce-modules-source-data
