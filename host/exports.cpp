@@ -3,25 +3,9 @@
 #include "core/exception_frame.h"
 #include "host/library_module.h"
 #include "host/plugin_exports.h"
-#include "reverb/halvern_audio_effect_plugin.h"
 
-
-using halvern::ZPlugin;
-using halvern::ZPluginMessage;
 
 extern "C" {
-
-intptr_t HalvernAudioEffectPluginInterface(ZPlugin* object, int32_t operation, const ZPluginMessage* message)
-{
-    return halvern::Guarded("HalvernAudioEffectPluginInterface", intptr_t{0}, [&]() -> intptr_t {
-        if (object == nullptr)
-            object = new halvern::HalvernAudioEffectPlugin();
-        if (operation == halvern::ZAudioEffectPlugin::kMessageCreate)
-            return reinterpret_cast<intptr_t>(object);
-        const ZPluginMessage empty;
-        return object->HandleMessage(operation, message != nullptr ? *message : empty);
-    });
-}
 
 halvern::ZModule* ZLibraryDLLInitialize(const halvern::ZLibrarySettings* settings)
 {
@@ -30,6 +14,12 @@ halvern::ZModule* ZLibraryDLLInitialize(const halvern::ZLibrarySettings* setting
         const halvern::ZLibrarySettings& given = settings != nullptr ? *settings : none;
         return halvern::InitializeModuleForHost(given.sharedState, given.sharedValue, given.name);
     });
+}
+
+// The VST 3 class factory: none is offered yet, so VST 3 hosts pass the library over.
+Steinberg::IPluginFactory* GetPluginFactory()
+{
+    return nullptr;
 }
 
 bool InitDll()

@@ -9,6 +9,10 @@
 
 #define HALVERN_EXPORT __attribute__((visibility("default")))
 
+namespace Steinberg {
+class IPluginFactory;
+}
+
 namespace halvern {
 
 class ZModule;
@@ -30,6 +34,8 @@ HALVERN_EXPORT intptr_t HalvernAudioEffectPluginInterface(halvern::ZPlugin* obje
                                                           const halvern::ZPluginMessage* message);
 // A framework host's initialisation; returns the module instance.
 HALVERN_EXPORT halvern::ZModule* ZLibraryDLLInitialize(const halvern::ZLibrarySettings* settings);
+// The VST 3 entry: the library's class factory, one more reference on each call.
+HALVERN_EXPORT Steinberg::IPluginFactory* GetPluginFactory();
 // Both return true and do nothing else.
 HALVERN_EXPORT bool InitDll();
 HALVERN_EXPORT bool ExitDll();

@@ -36,14 +36,18 @@ double RoundedBarStart(double barStart, int denominator)
     return rounded / u;
 }
 
+// "Input L", "Input R", "Sidechain L", ..., "Output L"; buses after these are numbered.
 std::string ChannelLabel(bool input, VstInt32 index, int perBus)
 {
-    const char* side = perBus == 2 ? (index % 2 == 0 ? " L" : " R") : "";
     const int bus = perBus > 0 ? index / perBus : 0;
     std::string label = input ? (bus == 0 ? "Input" : "Sidechain") : "Output";
-    if (bus > 1 || (!input && bus > 0))
-        label += " " + std::to_string(bus + 1);
-    return label + side;
+    if (bus > 1 || (!input && bus > 0)) {
+        label.push_back(' ');
+        label.append(std::to_string(bus + 1));
+    }
+    if (perBus == 2)
+        label.append(index % 2 == 0 ? " L" : " R");
+    return label;
 }
 
 } // namespace
