@@ -99,6 +99,15 @@ void ZParameterRegistry::park(int index, double normalized)
     anyParked_.store(true, std::memory_order_release);
 }
 
+void ZParameterRegistry::takeParked()
+{
+    if (!anyParked_.exchange(false, std::memory_order_acq_rel))
+        return;
+    for (auto& record : records_)
+        if (const double target = record->parked.exchange(kNone, std::memory_order_acq_rel); !std::isnan(target))
+            write(*record, target);
+}
+
 bool ZParameterRegistry::beginBlock(int n, bool glide)
 {
     gliding_.clear();

@@ -57,6 +57,10 @@ public:
     // Parks a normalised value for the audio thread to take over.
     void park(int index, double normalized);
 
+    // Writes every parked change now, so that the values hold what the host last set
+    // (before the state is stored or replaced). Caller must exclude the audio thread.
+    void takeParked();
+
     // Audio thread, at the start of a block of n samples: takes over parked changes.
     // Stepped parameters (and every parameter when gliding is off) are written at once;
     // continuous ones glide. Returns true when a glide is running in this block.

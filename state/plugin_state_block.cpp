@@ -25,7 +25,13 @@ ZMLElement StoreState(ZAudioPlugin& plugin)
 
 ZMemoryStream SavePluginState(ZAudioPlugin& plugin)
 {
-    const ZMLElement root = StoreState(plugin);
+    ZMLElement root;
+    {
+        // Parameter changes the host made since the last block belong to the state.
+        ZLockHolder hold(plugin.processingLock(), -1);
+        plugin.parameters().takeParked();
+        root = StoreState(plugin);
+    }
     ZMemoryStream block;
     ZZLibStream compressor(&block, true, kQuality);
     WriteZMLDocument(compressor, root, ZMLLayout::Compact, kEncoding);
@@ -52,6 +58,8 @@ void LoadPluginState(ZAudioPlugin& plugin, const void* bytes, int32_t size)
 {
     std::unique_ptr<ZMLElement> document = ReadStateDocument(bytes, size);
     ZLockHolder hold(plugin.processingLock(), -1);
+    // Changes still parked for the next block would overwrite the loaded values.
+    plugin.parameters().takeParked();
     ZMLElement previous = StoreState(plugin);
     try {
         plugin.Serialize(ZSerializationContext(*document, false));

@@ -152,6 +152,30 @@ bool ZAudioPluginVSTAdapter::canParameterBeAutomated(VstInt32 index)
     });
 }
 
+// Switches (and the panels, which hold no value) are announced as switches, so hosts show
+// them as buttons; enumerations and integers as integer steps.
+bool ZAudioPluginVSTAdapter::getParameterProperties(VstInt32 index, VstParameterProperties* properties)
+{
+    return Guarded("ZAudioPluginVSTAdapter::getParameterProperties", false, [&] {
+        if (properties == nullptr || index < 0 || index >= core_->GetParameterCount())
+            return false;
+        *properties = VstParameterProperties{};
+        const ZParameterType type = core_->GetParameterType(index);
+        copyText(properties->label, core_->GetParameterUnitsName(index), kVstMaxLabelLen - 1);
+        copyText(properties->shortLabel, core_->GetParameterUnitsName(index), kVstMaxShortLabelLen - 1);
+        if (type == ZParameterType::Switch || type == ZParameterType::Panel) {
+            properties->flags = kVstParameterIsSwitch;
+        } else if (type == ZParameterType::Enumeration || type == ZParameterType::Integer) {
+            const ZValue* value = core_->parameters().value(index);
+            properties->flags = kVstParameterUsesIntegerMinMax | kVstParameterUsesIntStep;
+            properties->maxInteger = value != nullptr ? std::max(value->stepCount() - 1, 0) : 0;
+            properties->stepInteger = 1;
+            properties->largeStepInteger = 1;
+        }
+        return true;
+    });
+}
+
 void ZAudioPluginVSTAdapter::setSampleRate(float rate)
 {
     GuardedVoid("ZAudioPluginVSTAdapter::setSampleRate", [&] {

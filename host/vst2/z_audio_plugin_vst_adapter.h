@@ -36,6 +36,7 @@ public:
     void getParameterLabel(VstInt32 index, char* label) override;
     bool string2parameter(VstInt32 index, char* text) override;
     bool canParameterBeAutomated(VstInt32 index) override;
+    bool getParameterProperties(VstInt32 index, VstParameterProperties* properties) override;
     void setSampleRate(float rate) override;
     void setBlockSize(VstInt32 size) override;
     void resume() override;
