@@ -14,8 +14,6 @@ namespace halvern {
 namespace {
 
 constexpr VstInt32 kVendorVersion = 710; // 7.10
-// The channel pointers a widened bus array can hold: two per bus.
-constexpr size_t kWidenedChannels = 2 * ZAudioPlugin::kMaxChannels;
 
 bool Is(const char* text, const char* name)
 {
@@ -58,8 +56,6 @@ ZAudioPluginVSTAdapter::ZAudioPluginVSTAdapter(audioMasterCallback hostCallback,
     outgoing_.reserve(kMaxOutgoingEvents);
     sending_.reserve(kMaxOutgoingEvents);
     eventList_.resize(offsetof(VstEvents, events) + sizeof(VstEvent*) * kMaxOutgoingEvents);
-    busInputs_.resize(kWidenedChannels);
-    busOutputs_.resize(kWidenedChannels);
     VST2InstanceCreated();
     core_->SetHostAdapter(this);
     core_->SetSampleRate(sampleRate());
@@ -250,16 +246,18 @@ void ZAudioPluginVSTAdapter::PerformProcessing(float** inputs, float** outputs, 
     if (perBus == 2 && inputWidth == 2 && outputWidth == 2) {
         core_->ProcessBlock(inputs, outputs, n, replacing);
     } else {
-        widenBuses(inputs, core_->GetInputBusCount(), inputWidth, busInputs_);
-        widenBuses(outputs, core_->GetOutputBusCount(), outputWidth, busOutputs_);
-        core_->ProcessBlock(busInputs_.data(), busOutputs_.data(), n, replacing);
+        // Per call, so that a second caller turned away by the core never redirects the first.
+        BusArray busInputs{};
+        BusArray busOutputs{};
+        widenBuses(inputs, core_->GetInputBusCount(), inputWidth, busInputs);
+        widenBuses(outputs, core_->GetOutputBusCount(), outputWidth, busOutputs);
+        core_->ProcessBlock(busInputs.data(), busOutputs.data(), n, replacing);
     }
     FinishProcessing();
 }
 
-void ZAudioPluginVSTAdapter::widenBuses(float** host, int buses, int width, std::vector<float*>& into)
+void ZAudioPluginVSTAdapter::widenBuses(float** host, int buses, int width, BusArray& into)
 {
-    std::fill(into.begin(), into.end(), nullptr);
     if (host == nullptr || width <= 0)
         return;
     for (int bus = 0; bus < buses && 2 * bus + 1 < static_cast<int>(into.size()); ++bus) {

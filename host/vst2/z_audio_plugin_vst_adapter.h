@@ -11,6 +11,7 @@
 #include "host/vst2/vst2_audio_effect.h"
 #include "state/z_memory_stream.h"
 
+#include <array>
 #include <memory>
 #include <vector>
 
@@ -67,7 +68,9 @@ public:
 private:
     void adaptToOldHost();
     void PerformProcessing(float** inputs, float** outputs, VstInt32 sampleFrames, bool replacing);
-    static void widenBuses(float** host, int buses, int width, std::vector<float*>& into);
+    // Channel pointers widened to two per bus.
+    using BusArray = std::array<float*, 2 * ZAudioPlugin::kMaxChannels>;
+    static void widenBuses(float** host, int buses, int width, BusArray& into);
     void PrepareProcessing();
     void takeHostTime();
     void FinishProcessing();
@@ -79,8 +82,6 @@ private:
     std::vector<VstMidiEvent> outgoing_;    // capacity kMaxOutgoingEvents, never grown
     std::vector<VstMidiEvent> sending_;     // the events of the list being sent
     std::vector<unsigned char> eventList_;  // a VstEvents block with room for every event
-    std::vector<float*> busInputs_;         // channel pointers widened to two per bus
-    std::vector<float*> busOutputs_;
     int usedInputWidth_ = -1;  // channels per bus the host's arrays hold; -1: the core's
     int usedOutputWidth_ = -1;
     bool ignoreHostParameters_ = false;

@@ -1,0 +1,591 @@
+// The built plug-in, Halvern.so, loaded with dlopen and driven only through its exports
+// and the AEffect record, as a VST 2.4 host drives it. The library stays loaded for the
+// whole suite, so its module-wide state carries over from test to test: every test
+// closes the instances it made, and the module tests begin from a known state.
+
+#include "core/audio_plugin.h"
+#include "core/z_object.h"
+#include "host/library_module.h"
+#include "host/plugin_exports.h"
+#include "host/vst2/vst2_abi.h"
+#include "host/z_module.h"
+
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <numeric>
+#include <random>
+#include <string>
+#include <thread>
+#include <type_traits>
+#include <vector>
+
+namespace {
+
+using EntryFunction = AEffect* (*)(audioMasterCallback);
+using InterfaceFunction = intptr_t (*)(halvern::ZPlugin*, int32_t, const halvern::ZPluginMessage*);
+using InitializeFunction = halvern::ZModule* (*)(const halvern::ZLibrarySettings*);
+using DllFunction = bool (*)();
+using Channels = std::vector<std::vector<float>>;
+
+std::atomic<int> automateCalls{0};
+std::atomic<int> ioChangedCalls{0};
+
+// A VST 2.4 host: version 2400, a running transport at 48 kHz; other requests answer 0.
+VstIntPtr HostCallback(AEffect*, int opcode, int, VstIntPtr, void*, float)
+{
+    static VstTimeInfo time = [] {
+        VstTimeInfo info{};
+        info.sampleRate = 48000.0;
+        info.tempo = 120.0;
+        info.timeSigNumerator = info.timeSigDenominator = 4;
+        info.flags = kVstTransportPlaying | kVstPpqPosValid | kVstTempoValid | kVstBarsValid | kVstTimeSigValid;
+        return info;
+    }();
+    if (opcode == audioMasterAutomate)
+        ++automateCalls;
+    if (opcode == audioMasterIOChanged)
+        ++ioChangedCalls;
+    if (opcode == audioMasterVersion)
+        return 2400;
+    return opcode == audioMasterGetTime ? reinterpret_cast<VstIntPtr>(&time) : 0;
+}
+
+// No VST 2 host: it answers 0 to everything, the version query included.
+VstIntPtr SilentHostCallback(AEffect*, int, int, VstIntPtr, void*, float) { return 0; }
+
+struct Library {
+    void* handle = nullptr;
+    std::string error;
+    EntryFunction vstPluginMain = nullptr;
+    EntryFunction main = nullptr;
+    InterfaceFunction effectInterface = nullptr;
+    InitializeFunction initialize = nullptr;
+    DllFunction initDll = nullptr;
+    DllFunction exitDll = nullptr;
+};
+
+Library& Plugin()
+{
+    static Library library;
+    return library;
+}
+
+// A speaker arrangement record with room for the speakers its flexible array holds.
+struct SpeakerLayout {
+    alignas(VstSpeakerArrangement) unsigned char bytes[sizeof(VstSpeakerArrangement) + 8 * sizeof(VstSpeakerProperties)]{};
+    SpeakerLayout(VstInt32 type, VstInt32 channels)
+    {
+        record()->type = type;
+        record()->numChannels = channels;
+    }
+    VstSpeakerArrangement* record() { return reinterpret_cast<VstSpeakerArrangement*>(bytes); }
+};
+
+// One plug-in instance as a host holds it; effClose ends it.
+class Instance {
+public:
+    explicit Instance(EntryFunction entry = Plugin().vstPluginMain) : effect_(entry(HostCallback)) {}
+    ~Instance() { close(); }
+    Instance(const Instance&) = delete;
+    Instance& operator=(const Instance&) = delete;
+
+    AEffect* effect() const { return effect_; }
+    void close()
+    {
+        if (effect_ != nullptr)
+            dispatch(effClose);
+        effect_ = nullptr;
+    }
+    VstIntPtr dispatch(VstInt32 opcode, VstInt32 index = 0, VstIntPtr value = 0, void* ptr = nullptr, float opt = 0.0f)
+    {
+        return effect_->dispatcher(effect_, opcode, index, value, ptr, opt);
+    }
+    // A text opcode's answer, read from a buffer of non-zero bytes, so that a missing
+    // terminator shows as a length of 256.
+    std::string text(VstInt32 opcode, VstInt32 index)
+    {
+        char buffer[256];
+        std::memset(buffer, 'x', sizeof buffer);
+        buffer[0] = '\0';
+        dispatch(opcode, index, 0, buffer);
+        return std::string(buffer, strnlen(buffer, sizeof buffer));
+    }
+    VstIntPtr arrange(SpeakerLayout& input, SpeakerLayout& output)
+    {
+        return dispatch(effSetSpeakerArrangement, 0, reinterpret_cast<VstIntPtr>(input.record()), output.record());
+    }
+    void prepare(float rate, VstInt32 block)
+    {
+        dispatch(effSetSampleRate, 0, 0, nullptr, rate);
+        dispatch(effSetBlockSize, 0, block);
+        dispatch(effMainsChanged, 0, 1);
+    }
+    std::vector<uint8_t> chunk()
+    {
+        void* data = nullptr;
+        const VstIntPtr size = dispatch(effGetChunk, 0, 0, &data);
+        const auto* bytes = static_cast<const uint8_t*>(data);
+        return bytes != nullptr && size > 0 ? std::vector<uint8_t>(bytes, bytes + size) : std::vector<uint8_t>{};
+    }
+    VstIntPtr setChunk(std::vector<uint8_t> bytes)
+    {
+        return dispatch(effSetChunk, 0, static_cast<VstIntPtr>(bytes.size()), bytes.data());
+    }
+    std::vector<float> parameters()
+    {
+        std::vector<float> values;
+        for (VstInt32 i = 0; i < effect_->numParams; ++i)
+            values.push_back(effect_->getParameter(effect_, i));
+        return values;
+    }
+    VstInt32 parameterIndex(const std::string& name)
+    {
+        for (VstInt32 i = 0; i < effect_->numParams; ++i)
+            if (text(effGetParamName, i) == name)
+                return i;
+        return -1;
+    }
+    void setParameter(const std::string& name, float value)
+    {
+        const VstInt32 index = parameterIndex(name);
+        ASSERT_GE(index, 0) << name;
+        effect_->setParameter(effect_, index, value);
+    }
+    void process(Channels& in, Channels& out)
+    {
+        std::vector<float*> inputs, outputs;
+        for (auto& channel : in)
+            inputs.push_back(channel.data());
+        for (auto& channel : out)
+            outputs.push_back(channel.data());
+        effect_->processReplacing(effect_, inputs.data(), outputs.data(), static_cast<VstInt32>(out[0].size()));
+    }
+
+private:
+    AEffect* effect_;
+};
+
+bool AllFinite(const Channels& channels)
+{
+    return std::all_of(channels.begin(), channels.end(), [](const std::vector<float>& channel) {
+        return std::all_of(channel.begin(), channel.end(), [](float sample) { return std::isfinite(sample); });
+    });
+}
+
+// An impulse on every channel followed by silence, through blocks of blockSize.
+Channels RenderImpulse(Instance& instance, size_t channels, int blocks, size_t blockSize)
+{
+    Channels rendered(channels);
+    for (int block = 0; block < blocks; ++block) {
+        Channels in(channels, std::vector<float>(blockSize)), out(channels, std::vector<float>(blockSize));
+        for (auto& channel : in)
+            channel[0] = block == 0 ? 1.0f : 0.0f;
+        instance.process(in, out);
+        for (size_t c = 0; c < channels; ++c)
+            rendered[c].insert(rendered[c].end(), out[c].begin(), out[c].end());
+    }
+    return rendered;
+}
+
+double Energy(const std::vector<float>& samples, size_t from)
+{
+    return std::inner_product(samples.begin() + static_cast<std::ptrdiff_t>(from), samples.end(),
+                              samples.begin() + static_cast<std::ptrdiff_t>(from), 0.0);
+}
+
+// The module instance's name after ZLibraryDLLInitialize offered it givenName.
+std::string ModuleName(const char* givenName)
+{
+    const halvern::ZLibrarySettings settings{nullptr, 0, givenName};
+    const halvern::ZModule* module = Plugin().initialize(&settings);
+    return module != nullptr ? module->name() : "<no module>";
+}
+
+class VST2Plugin : public ::testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        Library& library = Plugin();
+        if (library.handle != nullptr)
+            return;
+        library.handle = dlopen(HALVERN_PLUGIN_PATH, RTLD_NOW | RTLD_LOCAL);
+        if (library.handle == nullptr) {
+            library.error = dlerror();
+            return;
+        }
+        auto symbol = [&](auto& into, const char* name) {
+            into = reinterpret_cast<std::remove_reference_t<decltype(into)>>(dlsym(library.handle, name));
+        };
+        symbol(library.vstPluginMain, "VSTPluginMain");
+        symbol(library.main, "main");
+        symbol(library.effectInterface, "HalvernAudioEffectPluginInterface");
+        symbol(library.initialize, "ZLibraryDLLInitialize");
+        symbol(library.initDll, "InitDll");
+        symbol(library.exitDll, "ExitDll");
+    }
+
+    void SetUp() override
+    {
+        const Library& library = Plugin();
+        ASSERT_NE(library.handle, nullptr) << library.error;
+        ASSERT_TRUE(library.vstPluginMain && library.main && library.effectInterface && library.initialize &&
+                    library.initDll && library.exitDll)
+            << "an export is missing";
+    }
+};
+
+// ---------------------------------------------------------------- exports and module
+
+TEST_F(VST2Plugin, EntryPointsAgreeAndRefuseANonHost)
+{
+    EXPECT_EQ(reinterpret_cast<void*>(Plugin().main), reinterpret_cast<void*>(Plugin().vstPluginMain));
+    Instance fromMain(Plugin().main), fromVSTPluginMain(Plugin().vstPluginMain);
+    const AEffect* a = fromMain.effect();
+    const AEffect* b = fromVSTPluginMain.effect();
+    ASSERT_TRUE(a != nullptr && b != nullptr);
+    EXPECT_NE(a, b);
+    EXPECT_EQ(a->magic, b->magic);
+    EXPECT_EQ(a->uniqueID, b->uniqueID);
+    EXPECT_EQ(a->flags, b->flags);
+    EXPECT_EQ(a->numParams, b->numParams);
+    EXPECT_EQ(a->numInputs, b->numInputs);
+    EXPECT_EQ(a->numOutputs, b->numOutputs);
+    fromMain.close();
+    fromVSTPluginMain.close();
+
+    // No instance is left, so no module either; a refused caller must not build one:
+    // ZLibraryDLLInitialize then makes a fresh module under the name it is given.
+    EXPECT_EQ(Plugin().vstPluginMain(SilentHostCallback), nullptr);
+    EXPECT_EQ(Plugin().main(SilentHostCallback), nullptr);
+    EXPECT_EQ(Plugin().vstPluginMain(nullptr), nullptr);
+    EXPECT_EQ(ModuleName("refused-host probe"), "refused-host probe");
+    Instance cleanup; // takes that module over; closing it removes it again
+}
+
+TEST_F(VST2Plugin, ModuleLivesAsLongAsAnInstance)
+{
+    Instance first, second;
+    ASSERT_TRUE(first.effect() != nullptr && second.effect() != nullptr);
+
+    // An existing module is returned as it is and never renamed.
+    const halvern::ZLibrarySettings alpha{nullptr, 0, "alpha"}, beta{nullptr, 0, "beta"};
+    halvern::ZModule* module = Plugin().initialize(&alpha);
+    ASSERT_NE(module, nullptr);
+    const std::string builtName = module->name();
+    EXPECT_NE(builtName, "alpha");
+    EXPECT_EQ(Plugin().initialize(&beta), module);
+    EXPECT_EQ(module->name(), builtName);
+
+    first.close();
+    EXPECT_EQ(ModuleName("gamma"), builtName) << "the module went with the first of two instances";
+    second.close();
+    EXPECT_EQ(ModuleName("delta"), "delta") << "the module outlived its last instance";
+
+    // An instance takes over a module a framework host made; closing it removes that
+    // module, and the next instance builds a new, unnamed one.
+    Instance third;
+    ASSERT_NE(third.effect(), nullptr);
+    EXPECT_EQ(ModuleName("epsilon"), "delta");
+    third.close();
+    Instance fourth;
+    ASSERT_NE(fourth.effect(), nullptr);
+    EXPECT_EQ(ModuleName("zeta"), "");
+}
+
+TEST_F(VST2Plugin, EffectInterfaceFunctionAndDllHooks)
+{
+    const intptr_t created = Plugin().effectInterface(nullptr, 7, nullptr);
+    ASSERT_NE(created, 0);
+    auto* effect = reinterpret_cast<halvern::ZPlugin*>(created);
+    const uint64_t slots[2] = {48000, 512};
+    const halvern::ZPluginMessage message{slots, 2};
+    EXPECT_EQ(Plugin().effectInterface(effect, 7, &message), created);
+    EXPECT_EQ(Plugin().effectInterface(effect, 7, nullptr), created);
+    delete effect;
+    EXPECT_TRUE(Plugin().initDll());
+    EXPECT_TRUE(Plugin().exitDll());
+}
+
+// ---------------------------------------------------------------- what is announced
+
+TEST_F(VST2Plugin, AnnouncesIdentityChannelsAndTheCoresParameters)
+{
+    const int ioChangedBefore = ioChangedCalls;
+    Instance instance;
+    const AEffect* effect = instance.effect();
+    ASSERT_NE(effect, nullptr);
+    EXPECT_GT(ioChangedCalls, ioChangedBefore) << "the latency report at construction reaches the host";
+    EXPECT_EQ(effect->magic, kEffectMagic);
+    EXPECT_EQ(effect->uniqueID, 0x5A416572);  // 'ZAer'
+    EXPECT_EQ(effect->flags & 0x131, 0x30);    // canReplacing, programChunks; no synth, no editor
+    EXPECT_EQ(effect->numInputs, 2);
+    EXPECT_EQ(effect->numOutputs, 2);
+    EXPECT_EQ(effect->numPrograms, 0);
+    EXPECT_EQ(instance.text(effGetEffectName, 0), "Halvern");
+    EXPECT_EQ(instance.text(effGetVendorString, 0), "Quessane");
+
+    // The same chain built inside this process gives the reference texts.
+    std::unique_ptr<halvern::ZAudioPlugin> core(halvern::CreatePluginCore());
+    ASSERT_NE(core, nullptr);
+    ASSERT_EQ(effect->numParams, core->GetParameterCount());
+    EXPECT_EQ(effect->numParams, 48);
+    for (VstInt32 i = 0; i < effect->numParams; ++i) {
+        SCOPED_TRACE("parameter " + std::to_string(i));
+        const std::string name = instance.text(effGetParamName, i);
+        const std::string display = instance.text(effGetParamDisplay, i);
+        const std::string label = instance.text(effGetParamLabel, i);
+        EXPECT_FALSE(name.empty());
+        EXPECT_LE(name.size(), 24u);
+        EXPECT_LE(display.size(), 24u);
+        EXPECT_LE(label.size(), 8u);
+        EXPECT_EQ(name, core->GetParameterID(i).substr(0, 24));
+        EXPECT_EQ(display, core->GetParameterValueName(i).substr(0, 24));
+        EXPECT_EQ(label, core->GetParameterUnitsName(i).substr(0, 8));
+    }
+    EXPECT_EQ(instance.text(effGetParamName, 0), "Globals");
+    EXPECT_EQ(instance.text(effGetParamName, 1), "ReverbDepth");
+    EXPECT_EQ(instance.text(effGetParamName, effect->numParams), "");
+    EXPECT_EQ(instance.text(effGetParamName, -1), "");
+}
+
+TEST_F(VST2Plugin, CanDoComparesTheWholeText)
+{
+    Instance instance;
+    ASSERT_NE(instance.effect(), nullptr);
+    const std::pair<const char*, VstIntPtr> answers[] = {
+        {"receiveVstMidiEvent", 1}, {"receiveVstEvents", 1}, {"sendVstMidiEvent", -1}, {"sendVstEvents", -1},
+        {"plugAsSend", 1}, {"plugAsChannelInsert", 1}, {"receiveVstTimeInfo", 1}, {"canMono", 1},
+        {"bypass", -1}, {"offline", 0}, {"", 0}, {"plugAsSendX", 0}, {"plugAs", 0}, {"Bypass", 0}};
+    for (const auto& [text, answer] : answers)
+        EXPECT_EQ(instance.dispatch(effCanDo, 0, 0, const_cast<char*>(text)), answer) << '"' << text << '"';
+}
+
+TEST_F(VST2Plugin, PinPropertiesEndAtTheChannelCount)
+{
+    Instance instance;
+    ASSERT_NE(instance.effect(), nullptr);
+    for (VstInt32 opcode : {effGetInputProperties, effGetOutputProperties}) {
+        SCOPED_TRACE(opcode == effGetInputProperties ? "inputs" : "outputs");
+        const VstInt32 count = opcode == effGetInputProperties ? instance.effect()->numInputs : instance.effect()->numOutputs;
+        VstPinProperties pin{};
+        EXPECT_EQ(instance.dispatch(opcode, count, 0, &pin), 0);
+        EXPECT_EQ(instance.dispatch(opcode, -1, 0, &pin), 0);
+        EXPECT_EQ(instance.dispatch(opcode, 0, 0, nullptr), 0);
+        for (VstInt32 index = 0; index < count; ++index) {
+            pin = VstPinProperties{};
+            ASSERT_EQ(instance.dispatch(opcode, index, 0, &pin), 1);
+            EXPECT_EQ(pin.flags, kVstPinIsActive | kVstPinIsStereo);
+            EXPECT_EQ(pin.arrangementType, kSpeakerArrStereo);
+            EXPECT_GT(strnlen(pin.label, sizeof pin.label), 0u);
+            EXPECT_LT(strnlen(pin.label, sizeof pin.label), sizeof pin.label);
+            EXPECT_LT(strnlen(pin.shortLabel, sizeof pin.shortLabel), sizeof pin.shortLabel);
+        }
+    }
+}
+
+// ---------------------------------------------------------------- set-up from the host
+
+TEST_F(VST2Plugin, SampleRatesAtOrBelow100AreNotTaken)
+{
+    Instance instance, twin;
+    ASSERT_TRUE(instance.effect() != nullptr && twin.effect() != nullptr);
+    // A reverb time of whole seconds makes the tail follow the rate.
+    for (Instance* each : {&instance, &twin}) {
+        each->prepare(48000.0f, 512);
+        each->setParameter("ReverbTime", 1.0f);
+        RenderImpulse(*each, 2, 1, 512); // the change is taken with the next block
+    }
+    const VstIntPtr tail = instance.dispatch(effGetTailSize);
+    EXPECT_GT(tail, 48000);
+
+    instance.dispatch(effSetSampleRate, 0, 0, nullptr, 44.0f);
+    EXPECT_EQ(instance.dispatch(effGetTailSize), tail);
+    EXPECT_EQ(instance.effect()->initialDelay, twin.effect()->initialDelay);
+    // Still running at 48 kHz, exactly as an instance that never saw the low rate.
+    const Channels rendered = RenderImpulse(instance, 2, 40, 512);
+    EXPECT_TRUE(AllFinite(rendered));
+    EXPECT_TRUE(rendered == RenderImpulse(twin, 2, 40, 512)) << "the sound changed after a rate of 44 Hz";
+
+    instance.dispatch(effSetSampleRate, 0, 0, nullptr, 96000.0f);
+    EXPECT_GT(instance.dispatch(effGetTailSize), tail);
+    EXPECT_TRUE(AllFinite(RenderImpulse(instance, 2, 8, 512)));
+}
+
+TEST_F(VST2Plugin, SpeakerArrangementsWithinTheChannelCounts)
+{
+    Instance instance;
+    ASSERT_NE(instance.effect(), nullptr);
+    SpeakerLayout stereo(kSpeakerArrStereo, 2), mono(kSpeakerArrMono, 1), surround(kSpeakerArr60Music, 6);
+    EXPECT_EQ(instance.arrange(stereo, surround), 0);
+    EXPECT_EQ(instance.arrange(surround, stereo), 0);
+    EXPECT_EQ(instance.arrange(stereo, stereo), 1);
+    EXPECT_EQ(instance.arrange(mono, mono), 1);
+
+    // A mono host hands over one channel each way.
+    instance.prepare(48000.0f, 256);
+    const Channels rendered = RenderImpulse(instance, 1, 20, 256);
+    EXPECT_TRUE(AllFinite(rendered));
+    EXPECT_GT(Energy(rendered[0], 0), 0.01);
+    EXPECT_GT(Energy(rendered[0], static_cast<size_t>(instance.effect()->initialDelay) + 2400), 1e-6) << "no reverb";
+}
+
+// ---------------------------------------------------------------- state
+
+TEST_F(VST2Plugin, ChunkCarriesTheWholeStateToAnotherInstance)
+{
+    Instance source, target, untouched;
+    ASSERT_TRUE(source.effect() != nullptr && target.effect() != nullptr && untouched.effect() != nullptr);
+    const std::vector<float> defaults = untouched.parameters();
+    const std::pair<const char*, float> changes[] = {
+        {"ReverbDepth", 0.3f}, {"Size", 0.75f}, {"ReverbTime", 0.2f}, {"LowDamp", 0.5f}, {"HighCut", 0.25f}};
+    for (const auto& [name, value] : changes)
+        source.setParameter(name, value);
+
+    // The instance's own chunk goes back in and comes out the same.
+    const std::vector<uint8_t> saved = source.chunk();
+    ASSERT_FALSE(saved.empty());
+    EXPECT_EQ(source.setChunk(saved), 1);
+    EXPECT_EQ(source.chunk(), saved);
+
+    EXPECT_EQ(target.setChunk(saved), 1);
+    const std::vector<float> expected = source.parameters();
+    EXPECT_EQ(target.parameters(), expected);
+    EXPECT_EQ(target.chunk(), saved);
+    for (const auto& [name, value] : changes) {
+        const auto index = static_cast<size_t>(source.parameterIndex(name));
+        EXPECT_NE(expected[index], defaults[index]) << name << " did not travel";
+    }
+}
+
+TEST_F(VST2Plugin, DamagedChunksAreRefusedAndChangeNothing)
+{
+    Instance source, target;
+    ASSERT_TRUE(source.effect() != nullptr && target.effect() != nullptr);
+    source.setParameter("ReverbDepth", 0.8f);
+    const std::vector<uint8_t> good = source.chunk();
+    ASSERT_GT(good.size(), 16u);
+    const std::vector<uint8_t> before = target.chunk();
+    const std::vector<float> parametersBefore = target.parameters();
+
+    std::vector<std::vector<uint8_t>> damaged;
+    for (size_t length : {good.size() - 1, good.size() / 2, size_t{2}})
+        damaged.emplace_back(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(length));
+    for (size_t position : {size_t{0}, good.size() / 3, good.size() / 2, good.size() - 1}) {
+        damaged.push_back(good);
+        damaged.back()[position] ^= 0xFF;
+    }
+    std::mt19937 random(1234);
+    for (size_t size : {64, 364, 664, 964}) {
+        damaged.emplace_back(size);
+        std::generate(damaged.back().begin(), damaged.back().end(), [&] { return static_cast<uint8_t>(random()); });
+    }
+    for (size_t i = 0; i < damaged.size(); ++i) {
+        SCOPED_TRACE("damaged chunk " + std::to_string(i));
+        EXPECT_EQ(target.setChunk(damaged[i]), 0);
+        EXPECT_EQ(target.chunk(), before);
+    }
+    EXPECT_EQ(target.dispatch(effSetChunk, 0, 0, nullptr), 0);
+    EXPECT_EQ(target.dispatch(effSetChunk, 0, static_cast<VstIntPtr>(good.size()), nullptr), 0);
+    EXPECT_EQ(target.chunk(), before);
+    EXPECT_EQ(target.parameters(), parametersBefore);
+}
+
+// ---------------------------------------------------------------- processing
+
+TEST_F(VST2Plugin, ImpulseLeavesAFiniteReverbTail)
+{
+    Instance instance;
+    ASSERT_NE(instance.effect(), nullptr);
+    instance.prepare(48000.0f, 512);
+    EXPECT_GT(instance.dispatch(effGetTailSize), 1);
+    instance.setParameter("ReverbTime", 1.0f);
+    RenderImpulse(instance, 2, 1, 512); // the change is taken with the next block
+    EXPECT_GT(instance.dispatch(effGetTailSize), 48000) << "a reverb time of seconds gives a tail of seconds";
+
+    const Channels rendered = RenderImpulse(instance, 2, 60, 512); // 0.64 s
+    ASSERT_TRUE(AllFinite(rendered));
+    const size_t afterImpulse = static_cast<size_t>(instance.effect()->initialDelay) + 2400; // 50 ms on
+    for (const auto& channel : rendered) {
+        EXPECT_GT(Energy(channel, afterImpulse), 1e-6);
+        EXPECT_LT(Energy(channel, 0), 1e3);
+    }
+}
+
+// One instance, two threads in processReplacing at once, in stereo and in mono. The
+// effect must never run twice at the same time, so the second caller is turned away
+// (its outputs may stay as they were); nothing may crash, every sample must be finite,
+// and the effect may write only into the buffers of the call it runs for. Each thread
+// refills its outputs with a marker after every call and checks before its next call
+// that nobody wrote there meanwhile. The buffers outlive both threads, so a stray write
+// shows as a failure here rather than as a use after free.
+TEST_F(VST2Plugin, ConcurrentProcessReplacingIsSafe)
+{
+    constexpr size_t kBlock = 256;
+    constexpr float kMarker = 12345.0f;
+    for (VstInt32 width : {2, 1}) {
+        SCOPED_TRACE(width == 2 ? "stereo" : "mono");
+        Instance instance;
+        AEffect* effect = instance.effect();
+        ASSERT_NE(effect, nullptr);
+        SpeakerLayout layout(width == 2 ? kSpeakerArrStereo : kSpeakerArrMono, width);
+        ASSERT_EQ(instance.arrange(layout, layout), 1);
+        instance.prepare(48000.0f, kBlock);
+
+        struct Caller {
+            Channels in, out;
+            int nonFinite = 0;
+            int strayWrites = 0;
+        } callers[2];
+        for (Caller& caller : callers) {
+            caller.in.assign(static_cast<size_t>(width), std::vector<float>(kBlock));
+            caller.out.assign(static_cast<size_t>(width), std::vector<float>(kBlock, kMarker));
+        }
+        std::atomic<bool> go{false};
+        auto run = [&](Caller& caller, unsigned seed) {
+            std::mt19937 random(seed);
+            std::uniform_real_distribution<float> noise(-0.5f, 0.5f);
+            while (!go)
+                std::this_thread::yield();
+            for (int block = 0; block < 2000; ++block) {
+                for (auto& channel : caller.in)
+                    std::generate(channel.begin(), channel.end(), [&] { return noise(random); });
+                for (const auto& channel : caller.out)
+                    if (std::any_of(channel.begin(), channel.end(), [](float sample) { return sample != kMarker; })) {
+                        ++caller.strayWrites;
+                        break;
+                    }
+                instance.process(caller.in, caller.out);
+                if (!AllFinite(caller.out))
+                    ++caller.nonFinite;
+                for (auto& channel : caller.out)
+                    std::fill(channel.begin(), channel.end(), kMarker);
+                // Room for the other caller's block to end before the check; a busy wait
+                // keeps both threads running, so the calls keep colliding.
+                const auto until = std::chrono::steady_clock::now() + std::chrono::microseconds(20);
+                while (std::chrono::steady_clock::now() < until) {
+                }
+            }
+        };
+        std::thread first(run, std::ref(callers[0]), 1u), second(run, std::ref(callers[1]), 2u);
+        go = true;
+        first.join();
+        second.join();
+        for (const Caller& caller : callers) {
+            EXPECT_EQ(caller.nonFinite, 0);
+            EXPECT_EQ(caller.strayWrites, 0) << "blocks whose outputs were written outside their caller's call";
+        }
+        EXPECT_TRUE(AllFinite(RenderImpulse(instance, static_cast<size_t>(width), 4, kBlock)));
+    }
+}
+
+} // namespace
