@@ -186,6 +186,9 @@ void ZAudioPlugin::InitProcessing()
         SetSampleRate(kFallbackSampleRate);
     if (maxBlockSize_ <= 0)
         maxBlockSize_ = kFallbackBlockSize;
+    // Changes the host made while processing was suspended start the next run at their
+    // values instead of gliding there from the old ones.
+    parameters().takeParked();
     allocateBuffers();
     updateLatency();
     prepared_ = true;

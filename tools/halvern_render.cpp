@@ -3,7 +3,7 @@
 // on the impulse response of the same settings.
 //
 // Usage: halvern-render [--in FILE] [--out FILE] [--ir] [--set KEY=VALUE]...
-//                       [--index N=X]... [--rate HZ] [--block N]
+//                       [--index N=X]... [--rate HZ] [--block N] [--plugin PATH.so]
 //   --in FILE       audio file to process (mono feeds both channels); without it the
 //                   built-in test signal (clicks and a tone burst) is used
 //   --out FILE      where to write the result (default halvern-render.wav)
@@ -13,6 +13,9 @@
 //   --index N=X     a parameter by its index, normalised 0..1
 //   --rate HZ       sample rate for the built-in signal and the impulse (default 48000)
 //   --block N       block length handed to the plug-in (default 512)
+//   --plugin PATH   a VST 2.4 plug-in library to render through, loaded by its entry
+//                   point as a host loads it, instead of the reverb built into the
+//                   program; --set then takes the plug-in's parameter names
 
 #include "tools/audio_file.h"
 #include "tools/impulse_analysis.h"
@@ -34,6 +37,7 @@ using namespace halvern::tools;
 struct Options {
     std::string in;
     std::string out = "halvern-render.wav";
+    std::string plugin;
     bool impulse = false;
     double rate = 48000.0;
     int block = 512;
@@ -69,6 +73,8 @@ Options parse(int argc, char** argv)
             options.rate = std::stod(value);
         else if (flag == "--block")
             options.block = std::stoi(value);
+        else if (flag == "--plugin")
+            options.plugin = value;
         else if (flag == "--set")
             options.byKey.push_back(splitAssignment(value));
         else if (flag == "--index") {
@@ -84,7 +90,8 @@ Options parse(int argc, char** argv)
 
 RenderSession makeSession(const Options& options, double rate)
 {
-    RenderSession session(rate, options.block);
+    RenderSession session = options.plugin.empty() ? RenderSession(rate, options.block)
+                                                   : RenderSession(rate, options.block, options.plugin);
     for (const auto& [key, text] : options.byKey)
         session.setByKey(key, text);
     for (const auto& [index, normalized] : options.byIndex)

@@ -1,50 +1,62 @@
 #include "tools/render_session.h"
 
-#include "core/z_format.h"
-#include "reverb/halvern_audio_effect_plugin.h"
+#include "tools/core_render_target.h"
+#include "tools/vst2_render_target.h"
 
 #include <algorithm>
+#include <cmath>
 #include <stdexcept>
 
 namespace halvern::tools {
 
 RenderSession::RenderSession(double sampleRate, int blockSize)
-    : sampleRate_(sampleRate), blockSize_(blockSize),
-      core_(std::make_unique<ZAudioEffectPluginToAudioPluginAdapter>(std::make_unique<HalvernAudioEffectPlugin>()))
+    : RenderSession(sampleRate, blockSize, std::make_unique<CoreRenderTarget>())
 {
-    core_->SetSampleRate(sampleRate);
-    core_->SetMaxBlockSize(blockSize);
+}
+
+RenderSession::RenderSession(double sampleRate, int blockSize, const std::string& pluginPath)
+    : RenderSession(sampleRate, blockSize, std::make_unique<Vst2RenderTarget>(pluginPath))
+{
+}
+
+RenderSession::RenderSession(double sampleRate, int blockSize, std::unique_ptr<RenderTarget> target)
+    : sampleRate_(sampleRate), blockSize_(blockSize), target_(std::move(target))
+{
+    target_->setup(sampleRate, blockSize);
+}
+
+ZAudioEffectPluginToAudioPluginAdapter& RenderSession::core()
+{
+    auto* builtIn = dynamic_cast<CoreRenderTarget*>(target_.get());
+    if (builtIn == nullptr)
+        throw std::logic_error("the session runs a plug-in library, not the built-in core");
+    return builtIn->core();
 }
 
 int RenderSession::findParameter(const std::string& key)
 {
-    for (int index = 0; index < core_->GetParameterCount(); ++index)
-        if (core_->GetParameterID(index) == key)
+    for (int index = 0; index < target_->parameterCount(); ++index)
+        if (target_->parameterKey(index) == key)
             return index;
     throw std::runtime_error("no parameter has the key \"" + key + "\"");
 }
 
 void RenderSession::setByKey(const std::string& key, const std::string& text)
 {
-    const int index = findParameter(key);
-    const ZValue* value = core_->parameters().value(index);
-    double normalized = 0.0;
-    if (value == nullptr || !value->normalizedFromDisplayText(text, normalized))
+    if (!target_->setFromText(findParameter(key), text))
         throw std::runtime_error("\"" + text + "\" is not a value of " + key);
-    core_->SetParameter(index, normalized);
 }
 
 void RenderSession::setByIndex(int index, double normalized)
 {
-    if (!core_->parameters().isValidIndex(index))
+    if (index < 0 || index >= target_->parameterCount())
         throw std::runtime_error("no parameter has the index " + std::to_string(index));
-    core_->SetParameter(index, normalized);
+    target_->setNormalized(index, normalized);
 }
 
-void RenderSession::start()
-{
-    core_->InitProcessing();
-}
+void RenderSession::start() { target_->start(); }
+
+void RenderSession::processBlock(float* const* inputs, float* const* outputs, int n) { target_->process(inputs, outputs, n); }
 
 AudioData RenderSession::render(const AudioData& input, double minimumTail)
 {
@@ -64,23 +76,37 @@ AudioData RenderSession::render(const AudioData& input, double minimumTail)
         const int n = static_cast<int>(std::min<size_t>(static_cast<size_t>(blockSize_), frames - at));
         float* in[2] = {left.data() + at, right.data() + at};
         float* out[2] = {output.channels[0].data() + at, output.channels[1].data() + at};
-        core_->ProcessBlock(in, out, n, true);
-        core_->ProcessUpdate();
+        processBlock(in, out, n);
     }
     return output;
 }
 
-} // namespace halvern::tools
-
-namespace halvern::tools {
-
 AudioData RenderSession::renderImpulse()
 {
-    AudioData impulse;
-    impulse.sampleRate = sampleRate_;
-    impulse.channels.assign(2, std::vector<float>(1, 1.0f));
-    const auto& reverb = dynamic_cast<const HalvernAudioEffectPlugin&>(core_->effect());
-    return render(impulse, 1.5 * reverb.settings().reverbTime + 0.5);
+    constexpr float kSilent = 1e-5f; // -100 dB
+    const size_t quiet = static_cast<size_t>(0.5 * sampleRate_);
+    const size_t longest = static_cast<size_t>(90.0 * sampleRate_);
+    const size_t block = static_cast<size_t>(blockSize_);
+
+    AudioData output;
+    output.sampleRate = sampleRate_;
+    output.channels.assign(2, {});
+    std::vector<float> in(block, 0.0f), outLeft(block), outRight(block);
+    in[0] = 1.0f;
+    size_t quietRun = 0;
+    for (size_t at = 0; at < longest && (quietRun < quiet || at < static_cast<size_t>(tailLength())); at += block) {
+        float* inputs[2] = {in.data(), in.data()};
+        float* outputs[2] = {outLeft.data(), outRight.data()};
+        processBlock(inputs, outputs, blockSize_);
+        in[0] = 0.0f;
+        for (size_t i = 0; i < block; ++i) {
+            const bool silent = std::fabs(outLeft[i]) < kSilent && std::fabs(outRight[i]) < kSilent;
+            quietRun = silent ? quietRun + 1 : 0;
+        }
+        output.channels[0].insert(output.channels[0].end(), outLeft.begin(), outLeft.end());
+        output.channels[1].insert(output.channels[1].end(), outRight.begin(), outRight.end());
+    }
+    return output;
 }
 
 } // namespace halvern::tools

@@ -1,20 +1,27 @@
 #pragma once
 
-// Drives the plug-in core offline the way a host does: sets the rate and block size,
+// Drives a render target offline the way a host does: sets the rate and block size,
 // sets parameters, prepares processing, then feeds the audio block by block and lets
 // the reverb ring out.
 
-#include "modulation/audio_effect_plugin_to_audio_plugin_adapter.h"
 #include "tools/audio_file.h"
+#include "tools/render_target.h"
 
 #include <memory>
 #include <string>
+
+namespace halvern {
+class ZAudioEffectPluginToAudioPluginAdapter;
+}
 
 namespace halvern::tools {
 
 class RenderSession {
 public:
+    // Through the reverb core built into the program.
     RenderSession(double sampleRate, int blockSize);
+    // Through the VST 2.4 plug-in library at pluginPath.
+    RenderSession(double sampleRate, int blockSize, const std::string& pluginPath);
 
     // A parameter by its key with a value as the user would type it (display units);
     // throws std::runtime_error naming the key or the text that was not understood.
@@ -27,20 +34,23 @@ public:
     // Processes the input followed by the reverb's tail (at least minimumTail seconds of
     // it); mono input feeds both channels.
     AudioData render(const AudioData& input, double minimumTail = 0.0);
-    // The response to a unit impulse on both channels, long enough to measure its decay:
-    // 1.5 reverb times plus half a second (the tail the plug-in reports counts whole
-    // seconds only, too short for times below 1 s).
+    // The response to a unit impulse on both channels, rendered until it has died away
+    // (half a second below -100 dB) or a minute and a half has passed: long enough to
+    // measure its decay whatever the plug-in reports as its tail.
     AudioData renderImpulse();
 
-    ZAudioEffectPluginToAudioPluginAdapter& core() { return *core_; }
-    int tailLength() { return core_->effect().GetTailLength(); }
+    // The built-in core; only for sessions made without a plug-in library.
+    ZAudioEffectPluginToAudioPluginAdapter& core();
+    int tailLength() { return target_->tailLength(); }
 
 private:
+    RenderSession(double sampleRate, int blockSize, std::unique_ptr<RenderTarget> target);
     int findParameter(const std::string& key);
+    void processBlock(float* const* inputs, float* const* outputs, int n);
 
     double sampleRate_;
     int blockSize_;
-    std::unique_ptr<ZAudioEffectPluginToAudioPluginAdapter> core_;
+    std::unique_ptr<RenderTarget> target_;
 };
 
 } // namespace halvern::tools

@@ -129,14 +129,20 @@ void ZAudioPluginVSTAdapter::getParameterLabel(VstInt32 index, char* label)
                 [&] { copyText(label, core_->GetParameterUnitsName(index), kParameterLabelChars); });
 }
 
-// A text typed in the host's own parameter view, in the parameter's display units.
+// A text typed in the host's own parameter view, in the parameter's display units. A
+// text that is not a value of the parameter changes nothing and answers false.
 bool ZAudioPluginVSTAdapter::string2parameter(VstInt32 index, char* text)
 {
     return Guarded("ZAudioPluginVSTAdapter::string2parameter", false, [&] {
         if (index < 0 || index >= core_->GetParameterCount())
             return false;
-        if (text != nullptr)
-            core_->SetParameter(index, core_->ParseParameterValueName(index, text));
+        if (text == nullptr)
+            return true;
+        const ZValue* value = core_->parameters().value(index);
+        double normalized = 0.0;
+        if (value == nullptr || !value->normalizedFromDisplayText(text, normalized))
+            return false;
+        core_->SetParameter(index, normalized);
         return true;
     });
 }

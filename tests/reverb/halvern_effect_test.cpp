@@ -1,3 +1,4 @@
+#include "modulation/audio_effect_plugin_to_audio_plugin_adapter.h"
 #include "reverb/halvern_audio_effect_plugin.h"
 #include "reverb/reverb_mix.h"
 #include "tools/impulse_analysis.h"

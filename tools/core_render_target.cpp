@@ -1,0 +1,44 @@
+#include "tools/core_render_target.h"
+
+#include "reverb/halvern_audio_effect_plugin.h"
+
+namespace halvern::tools {
+
+CoreRenderTarget::CoreRenderTarget()
+    : core_(std::make_unique<ZAudioEffectPluginToAudioPluginAdapter>(std::make_unique<HalvernAudioEffectPlugin>()))
+{
+}
+
+int CoreRenderTarget::parameterCount() { return core_->GetParameterCount(); }
+
+std::string CoreRenderTarget::parameterKey(int index) { return core_->GetParameterID(index); }
+
+bool CoreRenderTarget::setFromText(int index, const std::string& text)
+{
+    const ZValue* value = core_->parameters().value(index);
+    double normalized = 0.0;
+    if (value == nullptr || !value->normalizedFromDisplayText(text, normalized))
+        return false;
+    core_->SetParameter(index, normalized);
+    return true;
+}
+
+void CoreRenderTarget::setNormalized(int index, double normalized) { core_->SetParameter(index, normalized); }
+
+void CoreRenderTarget::setup(double sampleRate, int maxBlock)
+{
+    core_->SetSampleRate(sampleRate);
+    core_->SetMaxBlockSize(maxBlock);
+}
+
+void CoreRenderTarget::start() { core_->InitProcessing(); }
+
+void CoreRenderTarget::process(float* const* inputs, float* const* outputs, int n)
+{
+    core_->ProcessBlock(inputs, outputs, n, true);
+    core_->ProcessUpdate();
+}
+
+int CoreRenderTarget::tailLength() { return core_->effect().GetTailLength(); }
+
+} // namespace halvern::tools
