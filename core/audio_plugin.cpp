@@ -189,6 +189,7 @@ void ZAudioPlugin::InitProcessing()
     // Changes the host made while processing was suspended start the next run at their
     // values instead of gliding there from the old ones.
     parameters().takeParked();
+    preparedBlockSize_ = maxBlockSize_;
     allocateBuffers();
     updateLatency();
     prepared_ = true;
@@ -388,7 +389,7 @@ void ZAudioPlugin::ProcessBlock(float* const* inputs, float* const* outputs, int
 
     // Blocks longer than announced are taken in pieces that fit the prepared buffers.
     for (int done = 0; done < n;) {
-        const int length = std::min(n - done, maxBlockSize_);
+        const int length = std::min(n - done, preparedBlockSize_);
         ChannelArray pieceIn = in;
         ChannelArray pieceOut = out;
         for (int c = 0; c < kMaxChannels; ++c) {

@@ -188,6 +188,9 @@ private:
     int oversampling_ = 1;
     double sampleRate_ = 0.0;
     int maxBlockSize_ = 0;
+    // The block length the buffers were last prepared for; a host that announces a
+    // longer one without preparing again still gets pieces that fit.
+    int preparedBlockSize_ = 0;
     std::atomic<bool> prepared_{false};
 
     // processing state

@@ -104,6 +104,14 @@ TEST(AudioPluginFrame, HostBlocksLongerThanAnnouncedAreTakenInPreparedLengths)
     EXPECT_EQ(core.pieces, (std::vector<int>{256, 256, 256, 256, 256, 20}));
     EXPECT_EQ(out.left, in.left);
     EXPECT_EQ(out.right, in.right);
+
+    // A longer block announced without preparing again still fits the buffers prepared
+    // for 512 (the sanitizer build would report an overrun).
+    core.SetMaxBlockSize(4096);
+    core.pieces.clear();
+    core.ProcessBlock(in.pointers, out.pointers, 1300, true);
+    EXPECT_EQ(core.pieces, (std::vector<int>{256, 256, 256, 256, 256, 20}));
+    EXPECT_EQ(out.left, in.left);
 }
 
 TEST(AudioPluginFrame, AddsTheDenormalOffsetToInputsAndIgnoresANullFirstOutput)
