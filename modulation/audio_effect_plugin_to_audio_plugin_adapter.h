@@ -13,6 +13,7 @@
 #include "core/audio_plugin.h"
 #include "modulation/lfo.h"
 #include "modulation/midi_controllers.h"
+#include "modulation/modulator_state.h"
 #include "modulation/multi_parameter.h"
 
 #include <array>
@@ -83,6 +84,9 @@ public:
     // The version of the state read last (kStateVersion until a state is read).
     int32_t loadedStateVersion() const { return loadedStateVersion_; }
     PresetPosition& presetPosition() { return presetPosition_; }
+    // What the stored modulators are read against: the default target and the number of
+    // parameters their targets may point at.
+    ZModulatorStateScope modulatorStateScope() const { return {defaultTarget_, parameters().count()}; }
 
     // "Enable modulators": when off, no LFO runs; MultiParameters still act.
     void SetModulatorsEnabled(bool enabled);
@@ -98,6 +102,8 @@ public:
     void ProcessUpdate();
 
     // The preset step the preset switch controller asked for (-1, +1 or 0); taken once.
+    // The audio thread only records the step; the plug-in's preset manager takes it on
+    // its own thread (FollowPresetSwitch) and loads the preset there.
     int TakePresetStep() { return presetStep_.exchange(0); }
     double inputMeterLevel() const { return inputMeter_; }
     double sideChainMeterLevel() const { return sideChainMeter_; }

@@ -42,11 +42,7 @@ void ZAudioEffectPluginToAudioPluginAdapter::serializeSettings(const ZSerializat
     context.item("ControllersEnabled", controllersEnabled, false);
     context.item("NoteControllersEnabled", noteControllersEnabled, false);
     ZPresetSwitchController presetSwitch = midiControllers_.presetSwitch();
-    context.section("PreviousNextPresetController", [&](const ZSerializationContext& item) {
-        item.item("Enabled", presetSwitch.enabled, false);
-        item.item("Controller", presetSwitch.controller, 0, 0, 127);
-        item.item("Channel", presetSwitch.channel, 0, 0, 16);
-    });
+    SerializePresetSwitch(context, presetSwitch);
     if (context.reading()) {
         midiControllers_.setControllersEnabled(controllersEnabled);
         midiControllers_.setNoteControllersEnabled(noteControllersEnabled);
@@ -110,7 +106,7 @@ void ZAudioEffectPluginToAudioPluginAdapter::serializeState(const ZSerialization
 
 void ZAudioEffectPluginToAudioPluginAdapter::serializeModulators(const ZSerializationContext& context)
 {
-    const ZModulatorStateScope scope{defaultTarget_, parameters().count()};
+    const ZModulatorStateScope scope = modulatorStateScope();
     const auto serializeList = [&](const char* listName, const char* itemName, auto& modulators, auto serializeOne) {
         ZMLElement* list = context.child(listName);
         std::vector<ZMLElement*> stored;

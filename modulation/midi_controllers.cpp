@@ -75,8 +75,9 @@ void ZMIDIControllers::setNoteControllersEnabled(bool enabled)
 void ZMIDIControllers::setPresetSwitch(ZPresetSwitchController presetSwitch)
 {
     ZLockHolder hold(processingLock_, -1);
+    if (presetSwitch != presetSwitch_)
+        presetZone_ = 0;
     presetSwitch_ = presetSwitch;
-    presetZone_ = 0;
 }
 
 void ZMIDIControllers::drive(int channel, int32_t source, double m, ZParameterRegistry& registry)

@@ -52,6 +52,8 @@ struct ZPresetSwitchController {
     bool enabled = false;   // "Enabled"
     int32_t controller = 0; // "Controller"
     int32_t channel = 0;    // "Channel"
+
+    bool operator==(const ZPresetSwitchController&) const = default;
 };
 
 class ZMIDIControllers {
@@ -63,6 +65,9 @@ public:
     void setNoteControllers(std::vector<ZNoteController> noteControllers);
     void setControllersEnabled(bool enabled);
     void setNoteControllersEnabled(bool enabled);
+    // A changed switch starts outside both zones; setting the same switch again (as every
+    // state load does) keeps its zone, so that a controller held in an outer third does
+    // not step once more after the preset it chose has loaded.
     void setPresetSwitch(ZPresetSwitchController presetSwitch);
 
     const std::vector<ZMIDIControllerAssignment>& controllers() const { return controllers_; }

@@ -109,36 +109,6 @@ std::vector<ZModulatorTarget> serializeTargets(const ZSerializationContext& cont
     return targets;
 }
 
-void serializeSignalGenerator(const ZSerializationContext& context, ZSignalGenerator& generator)
-{
-    const ZSignalGenerator defaults;
-    auto family = static_cast<int32_t>(generator.family());
-    double phaseOffset = generator.phaseOffset();
-    double smoothing = generator.smoothing();
-    std::vector<double> steps(generator.steps().begin(), generator.steps().end());
-    std::vector<double> harmonics(generator.harmonics().begin(), generator.harmonics().end());
-    context.item("Family", family, static_cast<int32_t>(defaults.family()), 0,
-                 static_cast<int32_t>(ZSignalGenerator::Family::Harmonics));
-    context.item("PhaseOffset", phaseOffset, defaults.phaseOffset());
-    context.item("Smoothing", smoothing, defaults.smoothing());
-    const auto equal = [](const std::vector<double>& list, std::span<const double> other) {
-        return std::equal(list.begin(), list.end(), other.begin(), other.end());
-    };
-    if (context.reading() || !equal(steps, defaults.steps()))
-        context.item("Steps", steps);
-    if (context.reading() || !equal(harmonics, defaults.harmonics()))
-        context.item("Harmonics", harmonics);
-    if (context.storing())
-        return;
-    ZSignalGenerator loaded;
-    loaded.setFamily(static_cast<ZSignalGenerator::Family>(family));
-    loaded.setPhaseOffset(phaseOffset);
-    loaded.setSmoothing(smoothing);
-    loaded.setSteps(steps);
-    loaded.setHarmonics(harmonics);
-    generator = loaded;
-}
-
 void serializeFollower(const ZSerializationContext& context, ZLevelFollower::Settings& settings)
 {
     const ZLevelFollower::Settings defaults;
@@ -244,6 +214,36 @@ void serializeControllerTarget(const ZSerializationContext& context, ZModulatorT
 
 } // namespace
 
+void SerializeSignalGenerator(const ZSerializationContext& context, ZSignalGenerator& generator)
+{
+    const ZSignalGenerator defaults;
+    auto family = static_cast<int32_t>(generator.family());
+    double phaseOffset = generator.phaseOffset();
+    double smoothing = generator.smoothing();
+    std::vector<double> steps(generator.steps().begin(), generator.steps().end());
+    std::vector<double> harmonics(generator.harmonics().begin(), generator.harmonics().end());
+    context.item("Family", family, static_cast<int32_t>(defaults.family()), 0,
+                 static_cast<int32_t>(ZSignalGenerator::Family::Harmonics));
+    context.item("PhaseOffset", phaseOffset, defaults.phaseOffset());
+    context.item("Smoothing", smoothing, defaults.smoothing());
+    const auto equal = [](const std::vector<double>& list, std::span<const double> other) {
+        return std::equal(list.begin(), list.end(), other.begin(), other.end());
+    };
+    if (context.reading() || !equal(steps, defaults.steps()))
+        context.item("Steps", steps);
+    if (context.reading() || !equal(harmonics, defaults.harmonics()))
+        context.item("Harmonics", harmonics);
+    if (context.storing())
+        return;
+    ZSignalGenerator loaded;
+    loaded.setFamily(static_cast<ZSignalGenerator::Family>(family));
+    loaded.setPhaseOffset(phaseOffset);
+    loaded.setSmoothing(smoothing);
+    loaded.setSteps(steps);
+    loaded.setHarmonics(harmonics);
+    generator = loaded;
+}
+
 void SerializeLFO(const ZSerializationContext& context, ZLFO& lfo, const ZModulatorStateScope& scope)
 {
     ZLFOSettings settings = lfo.settings();
@@ -255,7 +255,7 @@ void SerializeLFO(const ZSerializationContext& context, ZLFO& lfo, const ZModula
     ZAutoTune::Settings autoTune = lfo.autoTune().settings();
 
     serializeLFOSettings(context, settings);
-    context.section("SignalGenerator", [&](const ZSerializationContext& c) { serializeSignalGenerator(c, shape); });
+    context.section("SignalGenerator", [&](const ZSerializationContext& c) { SerializeSignalGenerator(c, shape); });
     context.section("Follower", [&](const ZSerializationContext& c) { serializeFollower(c, follower); });
     context.section("Envelope", [&](const ZSerializationContext& c) { serializeEnvelope(c, envelope); });
     context.section("Random", [&](const ZSerializationContext& c) { serializeRandom(c, random); });
@@ -408,6 +408,15 @@ void SerializeControllerLists(const ZSerializationContext& context, ZMIDIControl
         return;
     controllers.setControllers(std::move(assignments));
     controllers.setNoteControllers(std::move(notes));
+}
+
+void SerializePresetSwitch(const ZSerializationContext& context, ZPresetSwitchController& presetSwitch)
+{
+    context.section(kPresetSwitchElement, [&](const ZSerializationContext& item) {
+        item.item("Enabled", presetSwitch.enabled, false);
+        item.item("Controller", presetSwitch.controller, 0, 0, 127);
+        item.item("Channel", presetSwitch.channel, 0, 0, 16);
+    });
 }
 
 } // namespace halvern

@@ -11,6 +11,8 @@
 #include "modulation/multi_parameter.h"
 #include "state/serialization_context.h"
 
+#include <string_view>
+
 namespace halvern {
 
 struct ZModulatorStateScope {
@@ -20,6 +22,8 @@ struct ZModulatorStateScope {
 
 // One "LFO" element: its settings, shape, detectors and targets.
 void SerializeLFO(const ZSerializationContext& context, ZLFO& lfo, const ZModulatorStateScope& scope);
+// The items of an LFO's shape, as attributes of the context's element.
+void SerializeSignalGenerator(const ZSerializationContext& context, ZSignalGenerator& generator);
 // One "MultiParameter" element: settings, targets, "Banks" and "ValueBackup".
 void SerializeMultiParameter(const ZSerializationContext& context, ZMultiParameter& multiParameter,
                              const ZModulatorStateScope& scope);
@@ -27,5 +31,10 @@ void SerializeMultiParameter(const ZSerializationContext& context, ZMultiParamet
 // each, as children of the context's element.
 void SerializeControllerLists(const ZSerializationContext& context, ZMIDIControllers& controllers,
                               const ZModulatorStateScope& scope);
+
+inline constexpr std::string_view kPresetSwitchElement = "PreviousNextPresetController";
+// The child "PreviousNextPresetController" of the context's element, written only when
+// the switch differs from its defaults.
+void SerializePresetSwitch(const ZSerializationContext& context, ZPresetSwitchController& presetSwitch);
 
 } // namespace halvern

@@ -14,24 +14,28 @@ constexpr const char* kRootName = "settings";
 constexpr const char* kEncoding = "utf-8";
 constexpr int kQuality = 100; // zlib level 9
 
-ZMLElement StoreState(ZAudioPlugin& plugin)
+} // namespace
+
+void StorePluginState(ZAudioPlugin& plugin, ZMLElement& element)
 {
-    ZMLElement root(kRootName);
-    plugin.Serialize(ZSerializationContext(root, true));
-    return root;
+    ZLockHolder hold(plugin.processingLock(), -1);
+    // Parameter changes the host made since the last block belong to the state.
+    plugin.parameters().takeParked();
+    plugin.Serialize(ZSerializationContext(element, true));
 }
 
-} // namespace
+void ApplyPluginState(ZAudioPlugin& plugin, ZMLElement& document)
+{
+    ZLockHolder hold(plugin.processingLock(), -1);
+    // Changes still parked for the next block would overwrite the loaded values.
+    plugin.parameters().takeParked();
+    ZReadOrRestore(document, [&](const ZSerializationContext& context) { plugin.Serialize(context); });
+}
 
 ZMemoryStream SavePluginState(ZAudioPlugin& plugin)
 {
-    ZMLElement root;
-    {
-        // Parameter changes the host made since the last block belong to the state.
-        ZLockHolder hold(plugin.processingLock(), -1);
-        plugin.parameters().takeParked();
-        root = StoreState(plugin);
-    }
+    ZMLElement root(kRootName);
+    StorePluginState(plugin, root);
     ZMemoryStream block;
     ZZLibStream compressor(&block, true, kQuality);
     WriteZMLDocument(compressor, root, ZMLLayout::Compact, kEncoding);
@@ -56,17 +60,7 @@ std::unique_ptr<ZMLElement> ReadStateDocument(const void* bytes, int32_t size)
 
 void LoadPluginState(ZAudioPlugin& plugin, const void* bytes, int32_t size)
 {
-    std::unique_ptr<ZMLElement> document = ReadStateDocument(bytes, size);
-    ZLockHolder hold(plugin.processingLock(), -1);
-    // Changes still parked for the next block would overwrite the loaded values.
-    plugin.parameters().takeParked();
-    ZMLElement previous = StoreState(plugin);
-    try {
-        plugin.Serialize(ZSerializationContext(*document, false));
-    } catch (...) {
-        plugin.Serialize(ZSerializationContext(previous, false));
-        throw;
-    }
+    ApplyPluginState(plugin, *ReadStateDocument(bytes, size));
 }
 
 } // namespace halvern

@@ -79,6 +79,23 @@ private:
     bool storing_;
 };
 
+// Reads a document through serialize, a function that serves both directions of one
+// owner's state. When reading fails part-way, the state from before (stored through the
+// same function first) is read back and the error thrown on, so a document that an owner
+// refuses leaves that owner as it was.
+template <class Serialize>
+void ZReadOrRestore(ZMLElement& document, Serialize&& serialize)
+{
+    ZMLElement previous(document.name());
+    serialize(ZSerializationContext(previous, true));
+    try {
+        serialize(ZSerializationContext(document, false));
+    } catch (...) {
+        serialize(ZSerializationContext(previous, false));
+        throw;
+    }
+}
+
 // The shortest decimal text that reads back to the same double.
 std::string ZShortestText(double value);
 
