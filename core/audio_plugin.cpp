@@ -170,6 +170,7 @@ void ZAudioPlugin::SetMaxBlockSize(int samples)
 int32_t ZAudioPlugin::GetTailSamples() { return latency_; }
 bool ZAudioPlugin::ReceivesMIDI() { return false; }
 bool ZAudioPlugin::SendsMIDI() { return false; }
+int32_t ZAudioPlugin::GetMIDIControllerParameter(int, int) { return -1; }
 
 void ZAudioPlugin::SetNames(std::string productName, std::string vendorName)
 {

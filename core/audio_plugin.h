@@ -79,6 +79,9 @@ public:
     // Whether the plug-in wants MIDI input, and whether it produces MIDI output.
     virtual bool ReceivesMIDI();
     virtual bool SendsMIDI();
+    // The parameter a MIDI controller (0..127, 128 aftertouch, 129 pitch-bend) on a
+    // channel (0..15) drives, or -1 when it drives none.
+    virtual int32_t GetMIDIControllerParameter(int channel, int controller);
 
     // Stores the state into, or reads it from, the context's element. Every level of the
     // plug-in chain adds its own items and hands on to its base; this root level has none.

@@ -16,12 +16,6 @@ halvern::ZModule* ZLibraryDLLInitialize(const halvern::ZLibrarySettings* setting
     });
 }
 
-// The VST 3 class factory: none is offered yet, so VST 3 hosts pass the library over.
-Steinberg::IPluginFactory* GetPluginFactory()
-{
-    return nullptr;
-}
-
 bool InitDll()
 {
     return true;

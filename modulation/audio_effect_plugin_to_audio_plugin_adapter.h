@@ -112,6 +112,10 @@ public:
     int32_t GetTailSamples() override;
     // MIDI reaches the controllers, the note controllers and the envelopes.
     bool ReceivesMIDI() override { return true; }
+    int32_t GetMIDIControllerParameter(int channel, int controller) override
+    {
+        return midiControllers_.assignedParameter(channel, controller);
+    }
     void InitProcessing() override;
     void ProcessSubBlock(float* const* inputs, float* const* outputs, int32_t sampleCount) override;
     void PrepareForProcessingOnce(float* const* inputs, float* const* outputs, int32_t sampleCount) override;

@@ -89,6 +89,16 @@ void ZMIDIControllers::drive(int channel, int32_t source, double m, ZParameterRe
             WriteModulatedValue(registry, assignment.target.parameter, TargetValueFor(assignment.target, assignment.target, m));
 }
 
+int32_t ZMIDIControllers::assignedParameter(int channel, int32_t controller) const
+{
+    if (!controllersEnabled_)
+        return -1;
+    for (const ZMIDIControllerAssignment& assignment : controllers_)
+        if (assignment.enabled && assignment.controller == controller && channelMatches(assignment.channel, channel))
+            return assignment.target.parameter;
+    return -1;
+}
+
 void ZMIDIControllers::controllerChanged(int channel, int controller, int value, ZParameterRegistry& registry)
 {
     watchPresetSwitch(channel, controller, value);

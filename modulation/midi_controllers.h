@@ -76,6 +76,10 @@ public:
     bool noteControllersEnabled() const { return noteControllersEnabled_; }
     const ZPresetSwitchController& presetSwitch() const { return presetSwitch_; }
 
+    // The parameter the first enabled assignment of a controller (0..127 or a
+    // ZMIDISource) on a channel (0..15) drives, or -1; for hosts that map controllers
+    // to parameters themselves.
+    int32_t assignedParameter(int channel, int32_t controller) const;
     // Audio thread: MIDI input (channel 0..15 as on the wire).
     void controllerChanged(int channel, int controller, int value, ZParameterRegistry& registry);
     void aftertouch(int channel, int value, ZParameterRegistry& registry);

@@ -2,6 +2,7 @@
 
 #include "core/exception_frame.h"
 #include "core/trace.h"
+#include "host/host_time.h"
 #include "host/library_module.h"
 #include "state/plugin_state_block.h"
 
@@ -18,20 +19,6 @@ constexpr VstInt32 kVendorVersion = 710; // 7.10
 bool Is(const char* text, const char* name)
 {
     return std::strcmp(text, name) == 0;
-}
-
-// The bar start in quarter notes, rounded to the beat of the time signature: with
-// u = denominator / 4 (1 when that is 0 or less), round(u * barStart) / u, halves up.
-double RoundedBarStart(double barStart, int denominator)
-{
-    int u = denominator / 4;
-    if (u <= 0)
-        u = 1;
-    const double scaled = u * barStart;
-    double rounded = std::floor(scaled);
-    if (scaled - rounded >= 0.5)
-        rounded += 1.0;
-    return rounded / u;
 }
 
 // "Input L", "Input R", "Sidechain L", ..., "Output L"; buses after these are numbered.
