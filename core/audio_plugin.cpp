@@ -38,21 +38,29 @@ int32_t ZAudioPlugin::GetParameterCount()
 
 void ZAudioPlugin::SetParameter(int32_t index, double value)
 {
-    GuardedVoid("ZAudioPlugin::SetParameter", [&] {
-        // Before processing starts a change is written at once; afterwards the audio
-        // thread takes it over at its next block, so values never change inside a piece.
-        if (!prepared_ && processingLock_.Acquire(0)) {
-            try {
-                parameters().setNow(index, value);
-            } catch (...) {
-                processingLock_.Release();
-                throw;
-            }
+    GuardedVoid("ZAudioPlugin::SetParameter", [&] { setParameter(index, value, false); });
+}
+
+void ZAudioPlugin::SetParameterAtBlockStart(int32_t index, double value)
+{
+    GuardedVoid("ZAudioPlugin::SetParameterAtBlockStart", [&] { setParameter(index, value, true); });
+}
+
+// Before processing starts a change is written at once; afterwards the audio thread
+// takes it over at its next block, so values never change inside a piece.
+void ZAudioPlugin::setParameter(int32_t index, double value, bool jump)
+{
+    if (!prepared_ && processingLock_.Acquire(0)) {
+        try {
+            parameters().setNow(index, value);
+        } catch (...) {
             processingLock_.Release();
-            return;
+            throw;
         }
-        parameters().park(index, value);
-    });
+        processingLock_.Release();
+        return;
+    }
+    parameters().park(index, value, jump);
 }
 
 void ZAudioPlugin::SetParameterIfChanged(int32_t index, double value)

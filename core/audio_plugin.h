@@ -57,6 +57,9 @@ public:
     virtual int32_t GetParameterCount();
     virtual void SetParameter(int32_t index, double value);
     virtual void SetParameterIfChanged(int32_t index, double value);
+    // A change that belongs at the start of the next block exactly, without the glide
+    // (hosts that place each change at its sample).
+    void SetParameterAtBlockStart(int32_t index, double value);
     virtual double GetParameter(int32_t index);
     virtual std::string GetParameterName(int32_t index);
     virtual std::string GetParameterID(int32_t index);
@@ -164,6 +167,7 @@ private:
     int pieceLength(int n) const;
     void takeParameterChanges(int n);
     void followBypassSwitch();
+    void setParameter(int32_t index, double value, bool jump);
 
     // Channel modes around the effect, per two-channel bus.
     bool modeApplies(const ChannelArray& inputs, const ChannelArray& outputs, int bus) const;

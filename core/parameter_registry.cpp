@@ -27,6 +27,7 @@ struct ZParameterRegistry::Record {
     ZValue* value = nullptr;
     double defaultNormalized = 0.0;
     std::atomic<double> parked{kNone};
+    std::atomic<bool> parkedJumps{false}; // the parked change is not to glide
     std::atomic<bool> markedForHost{false};
     double glideFrom = 0.0;
     double glideTo = 0.0;
@@ -90,12 +91,14 @@ bool ZParameterRegistry::setNow(int index, double normalized)
     return write(record, clampNormalized(normalized));
 }
 
-void ZParameterRegistry::park(int index, double normalized)
+void ZParameterRegistry::park(int index, double normalized, bool jump)
 {
     info(index);
-    if (std::isnan(normalized) || records_[static_cast<size_t>(index)]->value == nullptr)
+    Record& record = *records_[static_cast<size_t>(index)];
+    if (std::isnan(normalized) || record.value == nullptr)
         return;
-    records_[static_cast<size_t>(index)]->parked.store(clampNormalized(normalized), std::memory_order_release);
+    record.parkedJumps.store(jump, std::memory_order_release);
+    record.parked.store(clampNormalized(normalized), std::memory_order_release);
     anyParked_.store(true, std::memory_order_release);
 }
 
@@ -119,7 +122,8 @@ bool ZParameterRegistry::beginBlock(int n, bool glide)
         const double target = record->parked.exchange(kNone, std::memory_order_acq_rel);
         if (std::isnan(target))
             continue;
-        if (!glide || n <= 1 || isStepped(record->info.type)) {
+        const bool jumps = record->parkedJumps.exchange(false, std::memory_order_acq_rel);
+        if (!glide || jumps || n <= 1 || isStepped(record->info.type)) {
             write(*record, target);
             continue;
         }

@@ -54,8 +54,9 @@ public:
     double normalized(int index) const;
     // Writes a normalised value now. Caller must exclude the audio thread.
     bool setNow(int index, double normalized);
-    // Parks a normalised value for the audio thread to take over.
-    void park(int index, double normalized);
+    // Parks a normalised value for the audio thread to take over: gliding there, or at
+    // once at the start of the next block when jump is set.
+    void park(int index, double normalized, bool jump = false);
 
     // Writes every parked change now, so that the values hold what the host last set
     // (before the state is stored or replaced). Caller must exclude the audio thread.

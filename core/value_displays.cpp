@@ -2,9 +2,42 @@
 
 #include "core/z_format.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cmath>
 
 namespace halvern {
+
+namespace {
+
+bool SameUnit(std::string_view typed, std::string_view unit)
+{
+    return typed.size() == unit.size() && std::equal(typed.begin(), typed.end(), unit.begin(), [](char a, char b) {
+               return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
+           });
+}
+
+// A number with one of the units that may follow it (case ignored); a bare number takes
+// the first unit's factor. False for any other unit.
+bool ParseWithUnits(std::string_view text, std::initializer_list<std::pair<std::string_view, double>> units, double& value)
+{
+    double number = 0.0;
+    std::string_view unit;
+    if (!ZParseNumber(text, number, &unit))
+        return false;
+    if (unit.empty()) {
+        value = number * units.begin()->second;
+        return true;
+    }
+    for (const auto& [name, factor] : units)
+        if (SameUnit(unit, name)) {
+            value = number * factor;
+            return true;
+        }
+    return false;
+}
+
+} // namespace
 
 std::string FormatPercent(double fraction)
 {
@@ -27,13 +60,10 @@ std::string FormatTime(double seconds)
     return ZFormat("{0;.2} s").arg(seconds).text();
 }
 
+// A bare number is in milliseconds; "ms" and "s" may follow, as the display shows them.
 bool ParseTime(std::string_view text, double& seconds)
 {
-    double milliseconds = 0.0;
-    if (!ZParseNumber(text, milliseconds))
-        return false;
-    seconds = milliseconds * 0.001;
-    return true;
+    return ParseWithUnits(text, {{"ms", 0.001}, {"s", 1.0}}, seconds);
 }
 
 std::string FormatLogFrequency(double logHertz)
@@ -41,10 +71,11 @@ std::string FormatLogFrequency(double logHertz)
     return FormatFrequency(std::pow(10.0, logHertz));
 }
 
+// A bare number is in hertz; "Hz" and "kHz" may follow, as the display shows them.
 bool ParseLogFrequency(std::string_view text, double& logHertz)
 {
     double hertz = 0.0;
-    if (!ZParseNumber(text, hertz) || hertz <= 0.0)
+    if (!ParseWithUnits(text, {{"Hz", 1.0}, {"kHz", 1000.0}}, hertz) || hertz <= 0.0)
         return false;
     logHertz = std::log10(hertz);
     return true;

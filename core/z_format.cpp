@@ -245,7 +245,7 @@ bool ZScanFormat(std::string_view format, std::string_view input, std::vector<st
     return true;
 }
 
-bool ZParseNumber(std::string_view text, double& value)
+bool ZParseNumber(std::string_view text, double& value, std::string_view* rest)
 {
     size_t start = 0;
     while (start < text.size() && isWhitespace(text[start]))
@@ -259,6 +259,14 @@ bool ZParseNumber(std::string_view text, double& value)
     if (result.ec != std::errc() || !std::isfinite(number))
         return false;
     value = number;
+    if (rest != nullptr) {
+        std::string_view after(result.ptr, static_cast<size_t>(text.data() + text.size() - result.ptr));
+        while (!after.empty() && isWhitespace(after.front()))
+            after.remove_prefix(1);
+        while (!after.empty() && isWhitespace(after.back()))
+            after.remove_suffix(1);
+        *rest = after;
+    }
     return true;
 }
 

@@ -71,9 +71,10 @@ private:
 bool ZScanFormat(std::string_view format, std::string_view input, std::vector<std::string>& argumentTexts);
 
 // Reads a decimal floating-point number at the start of text (after whitespace and an
-// optional '+'); trailing text is ignored. Independent of the C locale. Leaves value
-// untouched and returns false when there is no finite number.
-bool ZParseNumber(std::string_view text, double& value);
+// optional '+'); trailing text is ignored, or handed back in rest with its surrounding
+// whitespace removed. Independent of the C locale. Leaves value untouched and returns
+// false when there is no finite number.
+bool ZParseNumber(std::string_view text, double& value, std::string_view* rest = nullptr);
 
 // The number in fixed-point notation with the given decimals, like printf's "%.*f"
 // but independent of the C locale.

@@ -78,6 +78,12 @@ ZAudioEffectPluginToAudioPluginAdapter::~ZAudioEffectPluginToAudioPluginAdapter(
 void ZAudioEffectPluginToAudioPluginAdapter::registerParameters()
 {
     firstMultiParameter_ = parameters().count();
+    // The effect's values still hold their defaults here.
+    defaultStorageTexts_.clear();
+    for (int index = 0; index < firstMultiParameter_; ++index) {
+        const ZValue* value = parameters().value(index);
+        defaultStorageTexts_.push_back(value != nullptr ? value->toStorageText() : std::string());
+    }
     for (auto& multiParameter : multiParameters_) {
         const std::string number = std::to_string(multiParameter->number());
         multiParameter->attach(parameters());

@@ -159,6 +159,9 @@ private:
     double sideChainMeter_ = 0.0;
     std::atomic<int> presetStep_{0};
     int32_t loadedStateVersion_ = kStateVersion;
+    // The storage text of each effect parameter's default. Storage texts round (six
+    // decimals), so a stored default reads back as the exact default, not a neighbour.
+    std::vector<std::string> defaultStorageTexts_;
     PresetPosition presetPosition_;
     std::mt19937 random_{std::random_device{}()};
 };

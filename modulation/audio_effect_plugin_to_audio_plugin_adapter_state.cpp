@@ -142,7 +142,8 @@ void ZAudioEffectPluginToAudioPluginAdapter::serializeActivePreset(const ZSerial
 }
 
 // The effect's parameters, each one attribute named by its storage name and holding its
-// storage text. A read value is brought into its range; a missing one takes its default.
+// storage text. A read value is brought into its range; a missing one, or one whose text
+// is the default's, takes the exact default.
 void ZAudioEffectPluginToAudioPluginAdapter::serializeParameters(const ZSerializationContext& context)
 {
     for (int index = 0; index < firstMultiParameter_; ++index) {
@@ -152,7 +153,8 @@ void ZAudioEffectPluginToAudioPluginAdapter::serializeParameters(const ZSerializ
             continue;
         if (context.storing()) {
             context.element().setAttribute(info.id, value->toStorageText());
-        } else if (const std::string* text = context.element().findAttribute(info.id)) {
+        } else if (const std::string* text = context.element().findAttribute(info.id);
+                   text != nullptr && *text != defaultStorageTexts_[static_cast<size_t>(index)]) {
             value->fromStorageText(*text);
             value->clampToRange();
         } else {

@@ -66,7 +66,7 @@ private:
     static bool acceptsArrangement(Steinberg::Vst::SpeakerArrangement arrangement);
 
     Steinberg::Vst::ProcessSetup processSetup_{};
-    bool active_ = false;
+    bool active_ = false; // the set-up and the arrangements cannot change while active
 };
 
 } // namespace halvern

@@ -254,9 +254,10 @@ int ZAudioPluginVST3Adapter::collectChanges(IParameterChanges* changes)
     return static_cast<int>(points_.size());
 }
 
+// The host's points give the shape of a change; each takes effect at its sample.
 void ZAudioPluginVST3Adapter::apply(const ChangePoint& point)
 {
-    core_->SetParameter(static_cast<int32_t>(point.id), point.value);
+    core_->SetParameterAtBlockStart(static_cast<int32_t>(point.id), point.value);
 }
 
 // Cuts the block at its change points, so that each change takes effect at its sample.
@@ -498,15 +499,15 @@ ParamValue PLUGIN_API ZAudioPluginVST3Adapter::getParamNormalized(ParamID id)
     });
 }
 
-// While processing runs, the processor receives every change through process() at its
-// sample; this call only mirrors the host's view then. Inactive, it sets the value.
+// The controller's view is the core itself, so the value is set: a host that saves the
+// state before the next block is processed finds it there. The same change arriving
+// through process() at its sample then finds the value already made.
 tresult PLUGIN_API ZAudioPluginVST3Adapter::setParamNormalized(ParamID id, ParamValue value)
 {
     return Guarded("ZAudioPluginVST3Adapter::setParamNormalized", tresult{kResultFalse}, [&]() -> tresult {
         if (!isParameter(id) || !std::isfinite(value))
             return kInvalidArgument;
-        if (!isActive())
-            core_->SetParameter(static_cast<int32_t>(id), std::clamp(value, 0.0, 1.0));
+        core_->SetParameterIfChanged(static_cast<int32_t>(id), std::clamp(value, 0.0, 1.0));
         return kResultOk;
     });
 }

@@ -142,6 +142,17 @@ TEST(ValueDisplays, PercentAndTimeTextsAndTheirTypedForms)
     EXPECT_TRUE(ParseTime("250", value)); // typed times are milliseconds
     EXPECT_DOUBLE_EQ(value, 0.25);
     EXPECT_FALSE(ParseTime("soon", value));
+    // The displayed texts read back, units included.
+    EXPECT_TRUE(ParseTime("2.50 s", value));
+    EXPECT_DOUBLE_EQ(value, 2.5);
+    EXPECT_TRUE(ParseTime(" 999.0 MS ", value));
+    EXPECT_DOUBLE_EQ(value, 0.999);
+    EXPECT_FALSE(ParseTime("3 min", value));
+    EXPECT_TRUE(ParseLogFrequency("10.0 kHz", value));
+    EXPECT_DOUBLE_EQ(value, 4.0);
+    EXPECT_TRUE(ParseLogFrequency("100 Hz", value));
+    EXPECT_DOUBLE_EQ(value, 2.0);
+    EXPECT_FALSE(ParseLogFrequency("100 dB", value));
 }
 
 } // namespace

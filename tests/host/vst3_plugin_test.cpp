@@ -1,0 +1,420 @@
+// The built bundle Halvern.vst3, loaded as a VST 3 host loads it and driven only through
+// its factory and the SDK's interfaces. The same module also carries the VST 2.4 entry,
+// which serves as the reference for audio and state.
+
+#include "host/vst2/vst2_abi.h"
+#include "vst3_test_host.h"
+
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+#include <pluginterfaces/base/funknown.h>
+#include <pluginterfaces/vst/ivstmidicontrollers.h>
+#include <pluginterfaces/vst/ivstunits.h>
+#include <pluginterfaces/vst/vsttypes.h>
+
+#include <atomic>
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <random>
+#include <thread>
+
+namespace {
+
+using namespace Steinberg;
+using namespace Steinberg::Vst;
+using vst3host::Channels;
+using vst3host::Instance;
+using vst3host::ParameterChanges;
+
+constexpr ParamID kDepth = 1;   // "ReverbDepth"
+constexpr ParamID kTime = 9;    // "ReverbTime"
+constexpr ParamID kMode = 11;   // "ReverbMode", an enumeration
+constexpr ParamID kBypass = 35;
+
+vst3host::Module& Module() { return vst3host::Module::Load(HALVERN_VST3_MODULE_PATH); }
+
+IPluginFactory* Factory()
+{
+    IPluginFactory* factory = Module().getFactory();
+    factory->release(); // the tests hold no reference of their own
+    return factory;
+}
+
+Channels Noise(size_t channels, size_t frames, unsigned seed)
+{
+    std::mt19937 generator(seed);
+    std::uniform_real_distribution<float> uniform(-0.5f, 0.5f);
+    Channels noise(channels, std::vector<float>(frames));
+    for (auto& channel : noise)
+        for (float& x : channel)
+            x = uniform(generator);
+    return noise;
+}
+
+Channels Silence(size_t channels, size_t frames) { return Channels(channels, std::vector<float>(frames, 0.0f)); }
+
+// Runs input through the instance in blocks of `block`; returns the output.
+Channels RunBlocks(Instance& instance, const Channels& input, size_t block, size_t outputChannels = 2)
+{
+    Channels output(outputChannels);
+    for (size_t at = 0; at < input[0].size(); at += block) {
+        const size_t n = std::min(block, input[0].size() - at);
+        Channels in(input.size()), out = Silence(outputChannels, n);
+        for (size_t c = 0; c < input.size(); ++c)
+            in[c].assign(input[c].begin() + static_cast<long>(at), input[c].begin() + static_cast<long>(at + n));
+        instance.process(in, out);
+        for (size_t c = 0; c < outputChannels; ++c)
+            output[c].insert(output[c].end(), out[c].begin(), out[c].end());
+    }
+    return output;
+}
+
+// The VST 2.4 side of the same module, for reference.
+class Vst2Reference {
+public:
+    Vst2Reference()
+    {
+        auto entry = reinterpret_cast<AEffect* (*)(audioMasterCallback)>(dlsym(Module().handle, "VSTPluginMain"));
+        effect_ = entry([](AEffect*, VstInt32 opcode, VstInt32, VstIntPtr, void*, float) -> VstIntPtr {
+            return opcode == audioMasterVersion ? 2400 : 0;
+        });
+    }
+    ~Vst2Reference() { dispatch(effClose); }
+    VstIntPtr dispatch(VstInt32 opcode, VstInt32 index = 0, VstIntPtr value = 0, void* ptr = nullptr, float opt = 0.0f)
+    {
+        return effect_->dispatcher(effect_, opcode, index, value, ptr, opt);
+    }
+    void start(float rate, VstInt32 block)
+    {
+        dispatch(effSetSampleRate, 0, 0, nullptr, rate);
+        dispatch(effSetBlockSize, 0, block);
+        dispatch(effMainsChanged, 0, 1);
+    }
+    void set(ParamID id, float value) { effect_->setParameter(effect_, static_cast<VstInt32>(id), value); }
+    std::vector<uint8_t> chunk()
+    {
+        void* data = nullptr;
+        const VstIntPtr size = dispatch(effGetChunk, 0, 0, &data);
+        return std::vector<uint8_t>(static_cast<uint8_t*>(data), static_cast<uint8_t*>(data) + size);
+    }
+    Channels run(const Channels& input, size_t block)
+    {
+        Channels output = Silence(2, input[0].size());
+        for (size_t at = 0; at < input[0].size(); at += block) {
+            const auto n = static_cast<VstInt32>(std::min(block, input[0].size() - at));
+            float* in[2] = {const_cast<float*>(input[0].data()) + at, const_cast<float*>(input[1].data()) + at};
+            float* out[2] = {output[0].data() + at, output[1].data() + at};
+            effect_->processReplacing(effect_, in, out, n);
+        }
+        return output;
+    }
+
+private:
+    AEffect* effect_;
+};
+
+bool Clean(const Channels& channels)
+{
+    for (const auto& channel : channels)
+        for (float x : channel)
+            if (!std::isfinite(x) || (x != 0.0f && std::fabs(x) < 1.17549435e-38f))
+                return false;
+    return true;
+}
+
+TEST(VST3Factory, AnnouncesTheMakerAndOneClassAndIsOneObject)
+{
+    IPluginFactory* first = Module().getFactory();
+    IPluginFactory* second = Module().getFactory();
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(first, second);
+    // Each call added one reference: the next addRef counts both and itself.
+    const uint32 count = first->addRef();
+    EXPECT_EQ(first->release(), count - 1);
+    EXPECT_GE(count, 3u);
+    first->release();
+    second->release();
+
+    PFactoryInfo info;
+    ASSERT_EQ(first->getFactoryInfo(&info), kResultOk);
+    EXPECT_STREQ(info.vendor, "Quessane");
+    EXPECT_STREQ(info.url, "https://quessane.example/halvern");
+    EXPECT_STREQ(info.email, "support@quessane.example");
+    EXPECT_EQ(info.flags, PFactoryInfo::kUnicode);
+    EXPECT_EQ(first->countClasses(), 1);
+
+    FUnknownPtr<IPluginFactory2> factory2(first);
+    ASSERT_TRUE(factory2);
+    PClassInfo2 record;
+    ASSERT_EQ(factory2->getClassInfo2(0, &record), kResultOk);
+    EXPECT_EQ(std::memcmp(record.cid, "QuessaneZAerZAer", 16), 0);
+    EXPECT_EQ(record.cardinality, PClassInfo::kManyInstances);
+    EXPECT_STREQ(record.category, "Audio Module Class");
+    EXPECT_STREQ(record.name, "Halvern");
+    EXPECT_EQ(record.classFlags, 0u);
+    EXPECT_STREQ(record.subCategories, "Fx|Reverb");
+    EXPECT_STREQ(record.vendor, "");
+    EXPECT_STREQ(record.version, "7.10");
+    EXPECT_STREQ(record.sdkVersion, "VST 3.5.2");
+    EXPECT_EQ(first->getClassInfo(1, nullptr), kInvalidArgument);
+    FUnknownPtr<IPluginFactory3> factory3(first);
+    EXPECT_TRUE(factory3);
+
+    void* object = nullptr;
+    EXPECT_NE(first->createInstance("NotOurClassIDxxx", IComponent::iid, &object), kResultOk);
+    EXPECT_EQ(object, nullptr);
+}
+
+TEST(VST3Plugin, BusesParametersUnitsAndMIDIMapping)
+{
+    Instance instance(Factory());
+    IComponent* component = instance.component();
+    EXPECT_EQ(component->getBusCount(kAudio, kInput), 1);
+    EXPECT_EQ(component->getBusCount(kAudio, kOutput), 1);
+    EXPECT_EQ(component->getBusCount(kEvent, kInput), 1);
+    BusInfo bus;
+    ASSERT_EQ(component->getBusInfo(kAudio, kOutput, 0, bus), kResultOk);
+    EXPECT_EQ(bus.channelCount, 2);
+    EXPECT_EQ(bus.busType, kMain);
+    EXPECT_NE(component->getBusInfo(kAudio, kOutput, 1, bus), kResultOk);
+
+    // Stereo and mono are taken, 5.1 and a changed bus count are refused.
+    SpeakerArrangement mono = SpeakerArr::kMono, stereo = SpeakerArr::kStereo, surround = SpeakerArr::k51;
+    EXPECT_EQ(instance.processor()->setBusArrangements(&mono, 1, &mono, 1), kResultTrue);
+    EXPECT_EQ(instance.processor()->setBusArrangements(&surround, 1, &stereo, 1), kResultFalse);
+    EXPECT_EQ(instance.processor()->setBusArrangements(&stereo, 1, nullptr, 0), kResultFalse);
+    SpeakerArrangement arrangement = 0;
+    ASSERT_EQ(instance.processor()->getBusArrangement(kInput, 0, arrangement), kResultTrue);
+    EXPECT_EQ(arrangement, SpeakerArr::kMono);
+    EXPECT_EQ(instance.processor()->canProcessSampleSize(kSample32), kResultTrue);
+    EXPECT_EQ(instance.processor()->canProcessSampleSize(kSample64), kResultFalse);
+
+    IEditController* controller = instance.controller();
+    ASSERT_EQ(controller->getParameterCount(), 48);
+    ParameterInfo info;
+    ASSERT_EQ(controller->getParameterInfo(0, info), kResultOk); // "Globals": a panel without a value
+    EXPECT_NE(info.flags & ParameterInfo::kIsHidden, 0);
+    EXPECT_NE(info.flags & ParameterInfo::kIsReadOnly, 0);
+    ASSERT_EQ(controller->getParameterInfo(static_cast<int32>(kMode), info), kResultOk);
+    EXPECT_EQ(info.stepCount, 3); // four modes
+    EXPECT_NE(info.flags & ParameterInfo::kIsList, 0);
+    EXPECT_NE(info.flags & ParameterInfo::kCanAutomate, 0);
+    ASSERT_EQ(controller->getParameterInfo(static_cast<int32>(kBypass), info), kResultOk);
+    EXPECT_NE(info.flags & ParameterInfo::kIsBypass, 0);
+    EXPECT_EQ(info.stepCount, 1);
+    EXPECT_EQ(controller->getParameterInfo(48, info), kInvalidArgument);
+
+    // Texts both ways through the value model.
+    String128 text;
+    ASSERT_EQ(controller->getParamStringByValue(kMode, 1.0, text), kResultOk);
+    EXPECT_EQ(std::u16string(reinterpret_cast<char16_t*>(text)), u"Mode 4");
+    ASSERT_EQ(controller->getParameterInfo(static_cast<int32>(kTime), info), kResultOk);
+    EXPECT_EQ(controller->getParamStringByValue(kTime, info.defaultNormalizedValue, text), kResultOk);
+    EXPECT_EQ(std::u16string(reinterpret_cast<char16_t*>(text)), u"500.0 ms");
+    ParamValue value = -1.0;
+    char16_t typed[] = u"2.5 s";
+    ASSERT_EQ(controller->getParamValueByString(kTime, reinterpret_cast<TChar*>(typed), value), kResultOk);
+    EXPECT_EQ(controller->getParamStringByValue(kTime, value, text), kResultOk);
+    EXPECT_EQ(std::u16string(reinterpret_cast<char16_t*>(text)), u"2.50 s");
+    EXPECT_DOUBLE_EQ(controller->normalizedParamToPlain(kMode, 2.0 / 3.0), 2.0);
+    EXPECT_DOUBLE_EQ(controller->plainParamToNormalized(kMode, 3.0), 1.0);
+
+    // Every parameter sits in a unit that the unit list holds.
+    FUnknownPtr<IUnitInfo> units(controller);
+    ASSERT_TRUE(units);
+    EXPECT_GT(units->getUnitCount(), 1);
+    for (int32 i = 0; i < controller->getParameterCount(); ++i) {
+        ASSERT_EQ(controller->getParameterInfo(i, info), kResultOk);
+        EXPECT_LT(info.unitId, units->getUnitCount()) << i;
+    }
+
+    // No controller is assigned in a new instance.
+    FUnknownPtr<IMidiMapping> mapping(controller);
+    ASSERT_TRUE(mapping);
+    ParamID id = 0;
+    EXPECT_EQ(mapping->getMidiControllerAssignment(0, 0, 7, id), kResultFalse);
+}
+
+TEST(VST3Plugin, ProcessesLikeTheVST2PathAndStoresTheSameBlock)
+{
+    const Channels input = Noise(2, 6000, 1);
+    Instance instance(Factory());
+    Vst2Reference reference;
+    char16_t typed[] = u"2.5 s";
+    ParamValue time = 0.0;
+    ASSERT_EQ(instance.controller()->getParamValueByString(kTime, reinterpret_cast<TChar*>(typed), time), kResultOk);
+    for (auto [id, value] : {std::pair{kDepth, 0.75}, std::pair{kTime, time}, std::pair{kMode, 1.0}}) {
+        ASSERT_EQ(instance.controller()->setParamNormalized(id, value), kResultOk);
+        reference.set(id, static_cast<float>(value));
+    }
+    ASSERT_EQ(instance.start(48000.0, 512), kResultOk);
+    reference.start(48000.0f, 512);
+    EXPECT_EQ(instance.processor()->getLatencySamples(), 0u);
+    // Whole seconds of reverb time × rate, plus 4096.
+    EXPECT_EQ(instance.processor()->getTailSamples(), 2u * 48000u + 4096u);
+
+    EXPECT_EQ(RunBlocks(instance, input, 512), reference.run(input, 512));
+    EXPECT_EQ(instance.state(), reference.chunk());
+
+    // The block restores into a new instance, which then stores the same bytes.
+    const std::vector<uint8_t> block = instance.state();
+    Instance copy(Factory());
+    ASSERT_EQ(copy.setState(block), kResultOk);
+    EXPECT_EQ(copy.parameters(), instance.parameters());
+    EXPECT_EQ(copy.state(), block);
+
+    // Damaged blocks are refused and change nothing.
+    for (auto damage : {+[](std::vector<uint8_t>& b) { b.resize(b.size() / 2); },
+                        +[](std::vector<uint8_t>& b) { b[b.size() / 2] ^= 0x5A; },
+                        +[](std::vector<uint8_t>& b) { b.assign(3000, 0xEE); }}) {
+        std::vector<uint8_t> damaged = block;
+        damage(damaged);
+        Instance target(Factory());
+        ASSERT_EQ(target.controller()->setParamNormalized(kDepth, 0.25), kResultOk);
+        const std::vector<uint8_t> before = target.state();
+        EXPECT_NE(target.setState(damaged), kResultOk);
+        EXPECT_EQ(target.state(), before);
+    }
+}
+
+TEST(VST3Plugin, AppliesAParameterChangeAtItsSampleAndFlushesWithoutAudio)
+{
+    const Channels input = Noise(2, 512, 2);
+    Instance changed(Factory()), unchanged(Factory());
+    ASSERT_EQ(changed.start(48000.0, 512), kResultOk);
+    ASSERT_EQ(unchanged.start(48000.0, 512), kResultOk);
+    ParameterChanges changes;
+    changes.add(kDepth, 100, 1.0);
+    Channels in = input, out = Silence(2, 512), reference = Silence(2, 512);
+    changed.process(in, out, &changes);
+    in = input;
+    unchanged.process(in, reference);
+    size_t first = 0;
+    while (first < 512 && out[0][first] == reference[0][first])
+        ++first;
+    EXPECT_EQ(first, 100u);
+    EXPECT_DOUBLE_EQ(changed.controller()->getParamNormalized(kDepth), 1.0);
+
+    // A process call without buffers still takes its parameter changes over.
+    ParameterChanges flush;
+    flush.add(kBypass, 0, 1.0);
+    flush.add(kMode, 0, 1.0);
+    EXPECT_EQ(changed.flush(flush), kResultOk);
+    EXPECT_DOUBLE_EQ(changed.controller()->getParamNormalized(kBypass), 1.0);
+    EXPECT_DOUBLE_EQ(changed.controller()->getParamNormalized(kMode), 1.0);
+
+    // The bypass travels with the state.
+    Instance restored(Factory());
+    ASSERT_EQ(restored.setState(changed.state()), kResultOk);
+    EXPECT_DOUBLE_EQ(restored.controller()->getParamNormalized(kBypass), 1.0);
+}
+
+TEST(VST3Plugin, MonoBusesCarryTheLeftChannelOfTheStereoPath)
+{
+    const Channels mono = Noise(1, 3000, 3);
+    Instance monoInstance(Factory()), stereoInstance(Factory());
+    ASSERT_EQ(monoInstance.start(44100.0, 256, 1, 1), kResultOk);
+    ASSERT_EQ(stereoInstance.start(44100.0, 256), kResultOk);
+    const Channels monoOut = RunBlocks(monoInstance, mono, 256, 1);
+    const Channels stereoOut = RunBlocks(stereoInstance, Channels{mono[0], mono[0]}, 256);
+    EXPECT_EQ(monoOut[0], stereoOut[0]);
+}
+
+TEST(VST3Plugin, SuspendResumeAndReinitialiseKeepWorking)
+{
+    const Channels input = Noise(2, 2048, 4);
+    Instance instance(Factory());
+    for (int round = 0; round < 3; ++round) {
+        ASSERT_EQ(instance.start(48000.0, 512), kResultOk);
+        EXPECT_TRUE(Clean(RunBlocks(instance, input, 512)));
+        instance.stop();
+    }
+    // The set-up cannot change while active.
+    ASSERT_EQ(instance.start(48000.0, 512), kResultOk);
+    ProcessSetup setup{kRealtime, kSample32, 1024, 96000.0};
+    EXPECT_EQ(instance.processor()->setupProcessing(setup), kResultFalse);
+    instance.stop();
+    ASSERT_EQ(instance.component()->terminate(), kResultOk);
+    Steinberg::Vst::HostApplication host;
+    ASSERT_EQ(instance.component()->initialize(static_cast<IHostApplication*>(&host)), kResultOk);
+    EXPECT_EQ(instance.component()->getBusCount(kAudio, kInput), 1);
+    ASSERT_EQ(instance.start(96000.0, 1024), kResultOk);
+    EXPECT_TRUE(Clean(RunBlocks(instance, input, 1024)));
+}
+
+TEST(VST3Plugin, SilentInputAfterTheTailGivesFlaggedSilence)
+{
+    Instance instance(Factory());
+    ASSERT_EQ(instance.start(48000.0, 480), kResultOk);
+    Channels in = Noise(2, 480, 5), out = Silence(2, 480);
+    EXPECT_EQ(instance.process(in, out), 0u);
+    uint64 flags = 0;
+    for (int block = 0; block < 400; ++block) { // four seconds of silence
+        in = Silence(2, 480);
+        flags = instance.process(in, out, nullptr, nullptr, 3);
+    }
+    EXPECT_EQ(flags, 3u);
+    EXPECT_EQ(out, Silence(2, 480));
+}
+
+TEST(VST3Plugin, VariableBlocksAndEveryRateGiveCleanOutput)
+{
+    std::mt19937 generator(6);
+    Instance variable(Factory());
+    ASSERT_EQ(variable.start(48000.0, 8192), kResultOk);
+    for (int size : {1, 8192, 7, 4096, 1, 333, 8192, 2}) {
+        Channels in = Noise(2, static_cast<size_t>(size), generator()), out = Silence(2, static_cast<size_t>(size));
+        variable.process(in, out);
+        ASSERT_TRUE(Clean(out)) << size;
+    }
+    for (double rate : {44100.0, 48000.0, 96000.0})
+        for (int block : {64, 1024}) {
+            Instance instance(Factory());
+            ParameterChanges settings;
+            settings.add(kDepth, 0, 1.0);
+            settings.add(kTime, 0, 1.0);
+            ASSERT_EQ(instance.start(rate, block), kResultOk);
+            ASSERT_EQ(instance.flush(settings), kResultOk);
+            Channels input = Noise(2, static_cast<size_t>(rate / 5), 7);
+            for (auto& channel : input)
+                channel.resize(static_cast<size_t>(rate * 1.2), 0.0f);
+            EXPECT_TRUE(Clean(RunBlocks(instance, input, static_cast<size_t>(block)))) << rate << " " << block;
+        }
+}
+
+TEST(VST3Plugin, ParametersAndStateFromAnotherThreadWhileProcessing)
+{
+    Instance instance(Factory());
+    ASSERT_EQ(instance.start(48000.0, 256), kResultOk);
+    std::atomic<bool> done{false};
+    std::thread editor([&] {
+        std::mt19937 generator(8);
+        std::uniform_real_distribution<double> uniform(0.0, 1.0);
+        String128 text;
+        while (!done) {
+            const auto id = static_cast<ParamID>(generator() % 48);
+            instance.controller()->setParamNormalized(id, uniform(generator));
+            instance.controller()->getParamStringByValue(id, uniform(generator), text);
+            if (generator() % 16 == 0)
+                instance.state();
+        }
+    });
+    bool clean = true;
+    std::thread audio([&] {
+        for (int block = 0; block < 400; ++block) {
+            Channels in = Noise(2, 256, static_cast<unsigned>(block)), out = Silence(2, 256);
+            ParameterChanges changes;
+            changes.add(kDepth, block % 256, (block % 10) / 10.0);
+            instance.process(in, out, &changes);
+            clean = clean && Clean(out);
+        }
+    });
+    audio.join();
+    done = true;
+    editor.join();
+    EXPECT_TRUE(clean);
+}
+
+} // namespace
