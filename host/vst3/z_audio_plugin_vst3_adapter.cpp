@@ -152,9 +152,13 @@ uint32 PLUGIN_API ZAudioPluginVST3Adapter::getTailSamples()
 
 // ---- processing ----
 
+// A second call while one runs (a host bug) is turned away before it touches anything
+// the running one uses.
 tresult PLUGIN_API ZAudioPluginVST3Adapter::process(ProcessData& data)
 {
-    return Guarded("ZAudioPluginVST3Adapter::process", tresult{kResultFalse}, [&]() -> tresult {
+    if (processing_.test_and_set(std::memory_order_acquire))
+        return kResultFalse;
+    const tresult result = Guarded("ZAudioPluginVST3Adapter::process", tresult{kResultFalse}, [&]() -> tresult {
         takeProcessContext(data.processContext);
         takeEvents(data.inputEvents);
         const int changeCount = collectChanges(data.inputParameterChanges);
@@ -170,6 +174,8 @@ tresult PLUGIN_API ZAudioPluginVST3Adapter::process(ProcessData& data)
         reportChanges(data.outputParameterChanges);
         return kResultOk;
     });
+    processing_.clear(std::memory_order_release);
+    return result;
 }
 
 void ZAudioPluginVST3Adapter::takeProcessContext(const ProcessContext* context)

@@ -18,6 +18,7 @@
 #include <public.sdk/source/vst/vsteditcontroller.h>
 #include <pluginterfaces/vst/ivstmidicontrollers.h>
 
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -110,6 +111,7 @@ private:
     std::vector<float> silence_, scratch_; // for a missing input and a mono output; sized in setActive
     int bypassIndex_ = -1;
     bool initialized_ = false;
+    std::atomic_flag processing_ = ATOMIC_FLAG_INIT;
 };
 
 } // namespace halvern

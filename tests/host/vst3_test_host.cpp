@@ -121,8 +121,8 @@ void Instance::stop()
     active_ = false;
 }
 
-uint64 Instance::process(Channels& in, Channels& out, ParameterChanges* changes, ParameterChanges* outputChanges,
-                         uint64 inputSilence)
+tresult Instance::process(Channels& in, Channels& out, ParameterChanges* changes, ParameterChanges* outputChanges,
+                          uint64 inputSilence, uint64* silence)
 {
     std::vector<float*> inputs, outputs;
     for (auto& channel : in)
@@ -146,9 +146,10 @@ uint64 Instance::process(Channels& in, Channels& out, ParameterChanges* changes,
     data.outputs = &outputBus;
     data.inputParameterChanges = changes;
     data.outputParameterChanges = outputChanges;
-    if (processor_->process(data) != kResultOk)
-        throw std::runtime_error("process failed");
-    return outputBus.silenceFlags;
+    const tresult result = processor_->process(data);
+    if (silence != nullptr)
+        *silence = outputBus.silenceFlags;
+    return result;
 }
 
 tresult Instance::flush(ParameterChanges& changes)

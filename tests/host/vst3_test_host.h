@@ -82,10 +82,10 @@ public:
     // setupProcessing and setActive(true), setProcessing(true).
     tresult start(double rate, int32 maxBlock, int32 inputChannels = 2, int32 outputChannels = 2);
     void stop();
-    // Processes one block: out gets as many channels as the output bus has. The
-    // returned flags are the output bus's silence flags.
-    Steinberg::uint64 process(Channels& in, Channels& out, ParameterChanges* changes = nullptr,
-                              ParameterChanges* outputChanges = nullptr, Steinberg::uint64 inputSilence = 0);
+    // Processes one block: out gets as many channels as the output bus has; silence, when
+    // given, receives the output bus's silence flags.
+    tresult process(Channels& in, Channels& out, ParameterChanges* changes = nullptr, ParameterChanges* outputChanges = nullptr,
+                    Steinberg::uint64 inputSilence = 0, Steinberg::uint64* silence = nullptr);
     // A process call without audio that only carries parameter changes.
     tresult flush(ParameterChanges& changes);
 
