@@ -20,29 +20,26 @@ public:
     // A parameter is set only when its blend differs from its value by more than this.
     static constexpr double kMinimalChange = 0.00001;
 
+    // One record per parameter, in the given order, every corner at its current value.
+    void setParameters(const std::vector<int>& parameters, const ZParameterRegistry& registry);
+    // The corner (0 for slot A to 3 for slot D) takes every parameter's current value.
+    void capture(int corner, const ZParameterRegistry& registry);
+
+    // The pad's position as two values from 0 to 1, u (index 0) first.
+    ZValue& axis(int index) { return index == 0 ? uValue_ : vValue_; }
+    // When the pad moved since the last blend, blends at its position and marks every
+    // parameter it sets for the host. Returns how many parameters it set.
+    int follow(ZParameterRegistry& registry);
+
+private:
     struct Record {
         int parameter = 0;
         std::array<double, kCorners> values{}; // normalised, in slots A, B, C, D
     };
 
-    // One record per parameter, in the given order, every corner at its current value.
-    void setParameters(const std::vector<int>& parameters, const ZParameterRegistry& registry);
-    // The corner (0 for slot A to 3 for slot D) takes every parameter's current value.
-    void capture(int corner, const ZParameterRegistry& registry);
-    const std::vector<Record>& table() const { return table_; }
-
-    // The pad's position as two values from 0 to 1, u (index 0) first.
-    ZValue& axis(int index) { return index == 0 ? uValue_ : vValue_; }
-    double u() const { return u_; }
-    double v() const { return v_; }
-    // When the pad moved since the last blend, blends at its position and marks every
-    // parameter it sets for the host. Returns how many parameters it set.
-    int follow(ZParameterRegistry& registry);
-
     // A at (0, 0), B at (1, 0), C at (0, 1), D at (1, 1).
     static double Blend(const std::array<double, kCorners>& values, double u, double v);
 
-private:
     std::vector<Record> table_;
     double u_ = 0.0;
     double v_ = 0.0;

@@ -57,9 +57,7 @@ void ZAutomaticGainControl::process(float* const* channels, int channelCount, in
             channels[c][s] = static_cast<float>(channels[c][s] * (from + step * (s + 1)));
 }
 
-// The law: input and output energy are summed over a sliding 3 s window (30 segments of
-// 0.1 s); the gain follows their ratio in decibels, limited to +-24 dB, with a 1 s lag;
-// while the input is below -70 dBFS neither the window nor the gain moves.
+// Law: the gain in dB lags 1 s behind the in/out energy ratio of a sliding 3 s window, within +-24 dB, frozen below -70 dBFS in.
 void ZAutomaticGainControl::follow(double outputEnergy, int n)
 {
     const double freezePower = std::pow(10.0, kFreezeBelowDb / 10.0);

@@ -12,8 +12,7 @@
 // processing lock, as a state load does (the host adapters have no idle call that would
 // do it). SelectSlot and MoveMorph are the editor's forms and act at once.
 //
-// Morph table: each of A-D holds that slot's values as last stored or read, refreshed
-// when the slot is left or entered and, for all four, after a host state load.
+// Morph table: A-D's values as last stored or read, refreshed on leaving or entering a slot and after a host state load.
 
 #include "core/update_thread.h"
 #include "modulation/audio_effect_plugin_to_audio_plugin_adapter.h"
@@ -45,7 +44,6 @@ public:
     // Switches to a slot (limited to A-H) at once; nothing happens when it is live.
     void SelectSlot(int slot);
 
-    const ZABCDMorph& morph() const { return morph_; }
     // Moves the pad to (u, v), each limited to 0..1; returns how many parameters it set.
     int MoveMorph(double u, double v);
     // The question before morph changes are kept in the live slot: the message for its
