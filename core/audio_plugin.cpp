@@ -188,6 +188,12 @@ void ZAudioPlugin::SetNames(std::string productName, std::string vendorName)
 
 void ZAudioPlugin::Serialize(const ZSerializationContext&) {}
 
+void ZAudioPlugin::StateChanged()
+{
+    for (int index = 0; index < parameters().count(); ++index)
+        parameters().markForHost(index);
+}
+
 void ZAudioPlugin::InitProcessing()
 {
     ZLockHolder hold(processingLock_, -1);

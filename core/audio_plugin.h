@@ -89,6 +89,9 @@ public:
     // Stores the state into, or reads it from, the context's element. Every level of the
     // plug-in chain adds its own items and hands on to its base; this root level has none.
     virtual void Serialize(const ZSerializationContext& context);
+    // The state changed as a whole (a slot switch, for one): every parameter is reported
+    // to the host again with the next pending automation.
+    virtual void StateChanged();
 
     // Prepares buffers, oversampler and delay lines for the sample rate and maximal block
     // length; runs under the processing lock.

@@ -99,7 +99,7 @@ public:
 
     // The periodic update outside the audio callback: hands the changes the modulators
     // made to the host.
-    void ProcessUpdate();
+    virtual void ProcessUpdate();
 
     // The preset step the preset switch controller asked for (-1, +1 or 0); taken once.
     // The audio thread only records the step; the plug-in's preset manager takes it on

@@ -1,16 +1,92 @@
 #pragma once
 
 // The maker-wide plug-in core: the modulator host that every effect of the family runs
-// in, as host adapters create it.
+// in, with eight A-H state slots, ABCD morphing over slots A-D and the "AGC".
+//
+// Host-visible parameters appended after the modulator host's: "AH" (the requested slot,
+// eight steps shown as A to H), then the morph pad's u and v.
+//
+// Threads. A slot switch stores and reads markup, which allocates, so it never runs on
+// the audio thread. A host's change of "AH" or of the pad is recorded like any other
+// parameter change, and the instance's update thread then carries it out under the
+// processing lock, as a state load does (the host adapters have no idle call that would
+// do it). SelectSlot and MoveMorph are the editor's forms and act at once.
+//
+// Morph table: A-D's values as last stored or read, refreshed on leaving or entering a slot and after a host state load.
 
+#include "core/update_thread.h"
 #include "modulation/audio_effect_plugin_to_audio_plugin_adapter.h"
+#include "state/abcd_morph.h"
+#include "state/automatic_gain_control.h"
+#include "state/state_slots.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace halvern {
 
 class ZQuessaneAudioEffectPlugin : public ZAudioEffectPluginToAudioPluginAdapter {
 public:
     // Empty until Attach gives it its effect.
-    ZQuessaneAudioEffectPlugin() = default;
+    ZQuessaneAudioEffectPlugin();
+    // Complete at once around a given effect.
+    explicit ZQuessaneAudioEffectPlugin(std::unique_ptr<ZAudioEffectPlugin> effect);
+    ~ZQuessaneAudioEffectPlugin() override;
+
+    // The modulator host's Attach; then the slots take the effect's defaults.
+    void Attach(std::string productName, std::string vendorName, ZPluginInterfaceFunction interfaceFunction,
+                ZEffectDescription description);
+
+    const ZStateSlots& slots() const { return slots_; }
+    // Switches to a slot (limited to A-H) at once; nothing happens when it is live.
+    void SelectSlot(int slot);
+
+    // Moves the pad to (u, v), each limited to 0..1; returns how many parameters it set.
+    int MoveMorph(double u, double v);
+    // The question before morph changes are kept in the live slot: the message for its
+    // letter when the live slot is one of A-D, empty otherwise.
+    std::string MorphWarning() const;
+
+    // "AGC": off (0) or on (1).
+    void SetAGC(bool on);
+    bool agc() const { return agc_ != 0; }
+    double agcGainDb() const { return gainControl_.gainDb(); }
+
+    int slotParameterIndex() const { return slotParameter_; }
+    // Axis 0 is u, axis 1 is v.
+    int morphParameterIndex(int axis) const { return firstMorphParameter_ + axis; }
+
+    // "AGC", "PresetIndex" and the slots, then the modulator host's state.
+    void Serialize(const ZSerializationContext& context) override;
+    void SetParameter(int32_t index, double value) override;
+    void InitProcessing() override;
+    void ProcessSubBlock(float* const* inputs, float* const* outputs, int32_t sampleCount) override;
+    // Carries out the slot switch or pad move a host asked for, then hands the pending
+    // automation to the host.
+    void ProcessUpdate() override;
+
+private:
+    void setUp();
+    std::vector<int> morphableParameters() const;
+    void registerParameters();
+    // The processing lock is held by the caller of these.
+    bool switchSlots();
+    void captureCorner(int slot);
+    void captureStoredCorners(ZMLElement& loadedState);
+    void setAGCUnlocked(bool on);
+
+    ZStateSlots slots_{*this};
+    ZABCDMorph morph_;
+    ZAutomaticGainControl gainControl_;
+    uint8_t agc_ = 0;
+    int slotParameter_ = -1;
+    int firstMorphParameter_ = -1;
+    std::atomic<bool> hostRequest_{false};
+    // Last, so that it stops before anything it uses goes.
+    ZUpdateThread updates_{[this] { ProcessUpdate(); }};
 };
 
 } // namespace halvern

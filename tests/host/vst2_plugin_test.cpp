@@ -338,7 +338,7 @@ TEST_F(VST2Plugin, AnnouncesIdentityChannelsAndTheCoresParameters)
     std::unique_ptr<halvern::ZAudioPlugin> core(halvern::CreatePluginCore());
     ASSERT_NE(core, nullptr);
     ASSERT_EQ(effect->numParams, core->GetParameterCount());
-    EXPECT_EQ(effect->numParams, 48);
+    EXPECT_EQ(effect->numParams, 51);
     for (VstInt32 i = 0; i < effect->numParams; ++i) {
         SCOPED_TRACE("parameter " + std::to_string(i));
         const std::string name = instance.text(effGetParamName, i);
@@ -354,6 +354,11 @@ TEST_F(VST2Plugin, AnnouncesIdentityChannelsAndTheCoresParameters)
     }
     EXPECT_EQ(instance.text(effGetParamName, 0), "Globals");
     EXPECT_EQ(instance.text(effGetParamName, 1), "ReverbDepth");
+    // The slot selector and the morph pad come after every earlier parameter.
+    EXPECT_EQ(instance.text(effGetParamName, 48), "AH");
+    EXPECT_EQ(instance.text(effGetParamDisplay, 48), "A");
+    EXPECT_EQ(instance.text(effGetParamName, 49), "ABCDMorphingU");
+    EXPECT_EQ(instance.text(effGetParamName, 50), "ABCDMorphingV");
     EXPECT_EQ(instance.text(effGetParamName, effect->numParams), "");
     EXPECT_EQ(instance.text(effGetParamName, -1), "");
 }

@@ -192,7 +192,7 @@ TEST(VST3Plugin, BusesParametersUnitsAndMIDIMapping)
     EXPECT_EQ(instance.processor()->canProcessSampleSize(kSample64), kResultFalse);
 
     IEditController* controller = instance.controller();
-    ASSERT_EQ(controller->getParameterCount(), 48);
+    ASSERT_EQ(controller->getParameterCount(), 51);
     ParameterInfo info;
     ASSERT_EQ(controller->getParameterInfo(0, info), kResultOk); // "Globals": a panel without a value
     EXPECT_NE(info.flags & ParameterInfo::kIsHidden, 0);
@@ -204,7 +204,7 @@ TEST(VST3Plugin, BusesParametersUnitsAndMIDIMapping)
     ASSERT_EQ(controller->getParameterInfo(static_cast<int32>(kBypass), info), kResultOk);
     EXPECT_NE(info.flags & ParameterInfo::kIsBypass, 0);
     EXPECT_EQ(info.stepCount, 1);
-    EXPECT_EQ(controller->getParameterInfo(48, info), kInvalidArgument);
+    EXPECT_EQ(controller->getParameterInfo(51, info), kInvalidArgument);
 
     // Texts both ways through the value model.
     String128 text;
@@ -395,7 +395,7 @@ TEST(VST3Plugin, ParametersAndStateFromAnotherThreadWhileProcessing)
         std::uniform_real_distribution<double> uniform(0.0, 1.0);
         String128 text;
         while (!done) {
-            const auto id = static_cast<ParamID>(generator() % 48);
+            const auto id = static_cast<ParamID>(generator() % 51);
             instance.controller()->setParamNormalized(id, uniform(generator));
             instance.controller()->getParamStringByValue(id, uniform(generator), text);
             if (generator() % 16 == 0)

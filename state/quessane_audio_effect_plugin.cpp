@@ -1,0 +1,208 @@
+#include "state/quessane_audio_effect_plugin.h"
+
+#include "core/exception_frame.h"
+#include "core/z_format.h"
+#include "state/serialization_context.h"
+
+#include <algorithm>
+
+namespace halvern {
+namespace {
+
+constexpr const char* kMorphWarning =
+    "Preset {0} is currently selected, which means that the changes you have made using ABCD morphing will replace "
+    "it. ABCD morphing uses presets A,B,C and D, so next time you use it you would be morphing different presets, "
+    "because you are going to change one of them.";
+
+} // namespace
+
+ZQuessaneAudioEffectPlugin::ZQuessaneAudioEffectPlugin() = default;
+
+ZQuessaneAudioEffectPlugin::ZQuessaneAudioEffectPlugin(std::unique_ptr<ZAudioEffectPlugin> effect)
+    : ZAudioEffectPluginToAudioPluginAdapter(std::move(effect))
+{
+    setUp();
+}
+
+ZQuessaneAudioEffectPlugin::~ZQuessaneAudioEffectPlugin() = default;
+
+void ZQuessaneAudioEffectPlugin::Attach(std::string productName, std::string vendorName,
+                                        ZPluginInterfaceFunction interfaceFunction, ZEffectDescription description)
+{
+    ZAudioEffectPluginToAudioPluginAdapter::Attach(std::move(productName), std::move(vendorName), interfaceFunction,
+                                                   description);
+    setUp();
+}
+
+void ZQuessaneAudioEffectPlugin::setUp()
+{
+    morph_.setParameters(morphableParameters(), parameters());
+    registerParameters();
+    slots_.initialise();
+}
+
+// Every automatable parameter with a value but the bypass switch.
+std::vector<int> ZQuessaneAudioEffectPlugin::morphableParameters() const
+{
+    std::vector<int> morphable;
+    for (int index = 0; index < parameters().count(); ++index)
+        if (parameters().value(index) != nullptr && parameters().info(index).automatable && index != bypassIndex())
+            morphable.push_back(index);
+    return morphable;
+}
+
+void ZQuessaneAudioEffectPlugin::registerParameters()
+{
+    slotParameter_ = parameters().add({"AH", "AH", "", ZParameterType::Integer, "", true, false}, &slots_.selector());
+    firstMorphParameter_ =
+        parameters().add({"ABCDMorphingU", "ABCD morphing U", "", ZParameterType::Float, "", true, false}, &morph_.axis(0));
+    parameters().add({"ABCDMorphingV", "ABCD morphing V", "", ZParameterType::Float, "", true, false}, &morph_.axis(1));
+}
+
+// ---------------------------------------------------------------- slots
+
+void ZQuessaneAudioEffectPlugin::SelectSlot(int slot)
+{
+    const bool switched = Guarded("ZQuessaneAudioEffectPlugin::SelectSlot", false, [&] {
+        ZLockHolder hold(processingLock(), -1);
+        // Host changes still parked belong to the slot that is left.
+        parameters().takeParked();
+        slots_.request(slot);
+        return switchSlots();
+    });
+    if (switched)
+        updates_.Request();
+}
+
+bool ZQuessaneAudioEffectPlugin::switchSlots()
+{
+    if (slots_.requested() == slots_.live())
+        return false;
+    captureCorner(slots_.live());
+    slots_.switchToRequested();
+    captureCorner(slots_.live());
+    return true;
+}
+
+void ZQuessaneAudioEffectPlugin::captureCorner(int slot)
+{
+    if (slot < ZABCDMorph::kCorners)
+        morph_.capture(slot, parameters());
+}
+
+// The live corner comes from the loaded state; the others are read from their slots in
+// turn, and the loaded state is read again at the end.
+void ZQuessaneAudioEffectPlugin::captureStoredCorners(ZMLElement& loadedState)
+{
+    captureCorner(slots_.live());
+    bool replaced = false;
+    for (int corner = 0; corner < ZABCDMorph::kCorners; ++corner) {
+        if (corner == slots_.live())
+            continue;
+        slots_.load(corner);
+        captureCorner(corner);
+        replaced = true;
+    }
+    if (replaced)
+        serializeState(ZSerializationContext(loadedState, false));
+}
+
+// ---------------------------------------------------------------- morphing
+
+int ZQuessaneAudioEffectPlugin::MoveMorph(double u, double v)
+{
+    const int set = Guarded("ZQuessaneAudioEffectPlugin::MoveMorph", 0, [&] {
+        ZLockHolder hold(processingLock(), -1);
+        for (const auto& [axis, position] : {std::pair{0, u}, std::pair{1, v}}) {
+            parameters().setNow(morphParameterIndex(axis), position);
+            parameters().markForHost(morphParameterIndex(axis));
+        }
+        return morph_.follow(parameters());
+    });
+    updates_.Request();
+    return set;
+}
+
+std::string ZQuessaneAudioEffectPlugin::MorphWarning() const
+{
+    if (slots_.live() >= ZABCDMorph::kCorners)
+        return {};
+    return ZFormat(kMorphWarning).arg(std::string(1, ZStateSlots::Letter(slots_.live()))).text();
+}
+
+// ---------------------------------------------------------------- host reach
+
+void ZQuessaneAudioEffectPlugin::SetParameter(int32_t index, double value)
+{
+    ZAudioEffectPluginToAudioPluginAdapter::SetParameter(index, value);
+    if (index == slotParameter_ || index == morphParameterIndex(0) || index == morphParameterIndex(1)) {
+        hostRequest_.store(true, std::memory_order_release);
+        updates_.Request();
+    }
+}
+
+void ZQuessaneAudioEffectPlugin::ProcessUpdate()
+{
+    if (hostRequest_.exchange(false, std::memory_order_acq_rel))
+        GuardedVoid("ZQuessaneAudioEffectPlugin::ProcessUpdate", [&] {
+            ZLockHolder hold(processingLock(), -1);
+            // Host changes made before the request belong to the slot that is left.
+            parameters().takeParked();
+            switchSlots();
+            morph_.follow(parameters());
+        });
+    ZAudioEffectPluginToAudioPluginAdapter::ProcessUpdate();
+}
+
+// ---------------------------------------------------------------- state
+
+void ZQuessaneAudioEffectPlugin::Serialize(const ZSerializationContext& context)
+{
+    int32_t agc = agc_;
+    context.kept("AGC", agc);
+    if (context.reading())
+        setAGCUnlocked(agc != 0);
+    slots_.serialize(context);
+    ZAudioEffectPluginToAudioPluginAdapter::Serialize(context);
+    if (context.reading())
+        captureStoredCorners(context.element());
+}
+
+// ---------------------------------------------------------------- AGC
+
+void ZQuessaneAudioEffectPlugin::SetAGC(bool on)
+{
+    GuardedVoid("ZQuessaneAudioEffectPlugin::SetAGC", [&] {
+        ZLockHolder hold(processingLock(), -1);
+        setAGCUnlocked(on);
+    });
+}
+
+void ZQuessaneAudioEffectPlugin::setAGCUnlocked(bool on)
+{
+    if (on && agc_ == 0)
+        gainControl_.reset();
+    agc_ = on ? 1 : 0;
+}
+
+void ZQuessaneAudioEffectPlugin::InitProcessing()
+{
+    ZAudioEffectPluginToAudioPluginAdapter::InitProcessing();
+    GuardedVoid("ZQuessaneAudioEffectPlugin::InitProcessing", [&] {
+        ZLockHolder hold(processingLock(), -1);
+        gainControl_.prepare(sampleRate() * std::max(oversampling(), 1));
+    });
+}
+
+void ZQuessaneAudioEffectPlugin::ProcessSubBlock(float* const* inputs, float* const* outputs, int32_t n)
+{
+    if (agc_ == 0) {
+        ZAudioEffectPluginToAudioPluginAdapter::ProcessSubBlock(inputs, outputs, n);
+        return;
+    }
+    gainControl_.takeInput(inputs, std::min(channelsPerBus(), inputChannelCount()), n);
+    ZAudioEffectPluginToAudioPluginAdapter::ProcessSubBlock(inputs, outputs, n);
+    gainControl_.process(outputs, GetOutputBusCount() * channelsPerBus(), n);
+}
+
+} // namespace halvern
