@@ -58,10 +58,13 @@ void ZAudioPlugin::setParameter(int32_t index, double value, bool jump)
             throw;
         }
         processingLock_.Release();
-        return;
+    } else {
+        parameters().park(index, value, jump);
     }
-    parameters().park(index, value, jump);
+    HostChangedParameter(index);
 }
+
+void ZAudioPlugin::HostChangedParameter(int32_t) {}
 
 void ZAudioPlugin::SetParameterIfChanged(int32_t index, double value)
 {

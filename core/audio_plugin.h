@@ -60,6 +60,9 @@ public:
     // A change that belongs at the start of the next block exactly, without the glide
     // (hosts that place each change at its sample).
     void SetParameterAtBlockStart(int32_t index, double value);
+    // Called after each change a host made through SetParameter or SetParameterAtBlockStart,
+    // on the caller's thread (which may be the audio thread): nothing may block here.
+    virtual void HostChangedParameter(int32_t index);
     virtual double GetParameter(int32_t index);
     virtual std::string GetParameterName(int32_t index);
     virtual std::string GetParameterID(int32_t index);

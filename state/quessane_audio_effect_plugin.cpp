@@ -132,9 +132,8 @@ std::string ZQuessaneAudioEffectPlugin::MorphWarning() const
 
 // ---------------------------------------------------------------- host reach
 
-void ZQuessaneAudioEffectPlugin::SetParameter(int32_t index, double value)
+void ZQuessaneAudioEffectPlugin::HostChangedParameter(int32_t index)
 {
-    ZAudioEffectPluginToAudioPluginAdapter::SetParameter(index, value);
     if (index == slotParameter_ || index == morphParameterIndex(0) || index == morphParameterIndex(1)) {
         hostRequest_.store(true, std::memory_order_release);
         updates_.Request();

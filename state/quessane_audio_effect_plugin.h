@@ -61,7 +61,8 @@ public:
 
     // "AGC", "PresetIndex" and the slots, then the modulator host's state.
     void Serialize(const ZSerializationContext& context) override;
-    void SetParameter(int32_t index, double value) override;
+    // A host's change of the slot or the pad is carried out by the update thread.
+    void HostChangedParameter(int32_t index) override;
     void InitProcessing() override;
     void ProcessSubBlock(float* const* inputs, float* const* outputs, int32_t sampleCount) override;
     // Carries out the slot switch or pad move a host asked for, then hands the pending

@@ -1,11 +1,12 @@
 #include "tools/core_render_target.h"
 
 #include "reverb/halvern_audio_effect_plugin.h"
+#include "state/quessane_audio_effect_plugin.h"
 
 namespace halvern::tools {
 
 CoreRenderTarget::CoreRenderTarget()
-    : core_(std::make_unique<ZAudioEffectPluginToAudioPluginAdapter>(std::make_unique<HalvernAudioEffectPlugin>()))
+    : core_(std::make_unique<ZQuessaneAudioEffectPlugin>(std::make_unique<HalvernAudioEffectPlugin>()))
 {
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
-// The reverb core built into the renderer, driven directly (no plug-in library).
+// The plug-in core built into the renderer (the same chain the library builds), driven
+// directly, without a plug-in library.
 
 #include "modulation/audio_effect_plugin_to_audio_plugin_adapter.h"
 #include "tools/render_target.h"
