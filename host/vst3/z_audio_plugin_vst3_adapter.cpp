@@ -34,9 +34,12 @@ bool Is(const TUID iid, const TUID other) { return FUnknownPrivate::iidEqual(iid
 
 } // namespace
 
-ZAudioPluginVST3Adapter::ZAudioPluginVST3Adapter(std::unique_ptr<ZAudioPlugin> core) : core_(std::move(core))
+ZAudioPluginVST3Adapter::ZAudioPluginVST3Adapter(std::unique_ptr<ZAudioPlugin> core)
+    : core_(std::move(core)), unreported_(static_cast<size_t>(core_->GetParameterCount()))
 {
     points_.reserve(kMaxChangePoints);
+    for (auto& value : unreported_)
+        value.store(kNotPending, std::memory_order_relaxed);
     VST3InstanceCreated();
     core_->SetHostAdapter(this);
     for (int index = 0; index < core_->GetParameterCount(); ++index)
@@ -329,19 +332,26 @@ void ZAudioPluginVST3Adapter::flagSilence(AudioBusBuffers& bus, int samples)
     }
 }
 
-// Changes made inside the plug-in (modulators, MIDI controllers) go back to the host as
-// output parameter changes at the start of the block.
+// Changes made inside the plug-in (modulators, MIDI controllers, slots) go back to the
+// host as output parameter changes at the start of the block: those flagged during
+// processing, and those another thread handed over through SendAutomation.
 void ZAudioPluginVST3Adapter::reportChanges(IParameterChanges* changes)
 {
     if (changes == nullptr)
         return;
-    core_->parameters().sendMarked([changes](int index, double value) {
+    auto report = [changes](ParamID id, double value) {
         int32 queueIndex = 0;
-        IParamValueQueue* queue = changes->addParameterData(static_cast<ParamID>(index), queueIndex);
+        IParamValueQueue* queue = changes->addParameterData(id, queueIndex);
         int32 pointIndex = 0;
         if (queue != nullptr)
             queue->addPoint(0, value, pointIndex);
-    });
+    };
+    core_->parameters().sendMarked([&report](int index, double value) { report(static_cast<ParamID>(index), value); });
+    if (!anyUnreported_.exchange(false, std::memory_order_acq_rel))
+        return;
+    for (size_t index = 0; index < unreported_.size(); ++index)
+        if (const double value = unreported_[index].exchange(kNotPending, std::memory_order_acq_rel); value != kNotPending)
+            report(static_cast<ParamID>(index), value);
 }
 
 // ---- state ----
@@ -540,13 +550,14 @@ void ZAudioPluginVST3Adapter::ReportLatency(int32_t)
         componentHandler->restartComponent(kLatencyChanged);
 }
 
+// Kept for the next block's output parameter changes: a single-component plug-in tells
+// the host about its own changes from the processor, not through the edit callbacks.
 void ZAudioPluginVST3Adapter::SendAutomation(int32_t index, double normalized)
 {
-    if (componentHandler == nullptr)
+    if (index < 0 || static_cast<size_t>(index) >= unreported_.size())
         return;
-    componentHandler->beginEdit(static_cast<ParamID>(index));
-    componentHandler->performEdit(static_cast<ParamID>(index), normalized);
-    componentHandler->endEdit(static_cast<ParamID>(index));
+    unreported_[static_cast<size_t>(index)].store(normalized, std::memory_order_release);
+    anyUnreported_.store(true, std::memory_order_release);
 }
 
 // The plug-in has no event output bus; the core sends no MIDI.

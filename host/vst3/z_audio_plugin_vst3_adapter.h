@@ -105,7 +105,12 @@ private:
     static void flagSilence(Steinberg::Vst::AudioBusBuffers& bus, int samples);
     void reportChanges(Steinberg::Vst::IParameterChanges* changes);
 
+    static constexpr double kNotPending = -1.0;
+
     std::unique_ptr<ZAudioPlugin> core_;
+    // Values changed inside the plug-in outside processing, for the next block's report.
+    std::vector<std::atomic<double>> unreported_;
+    std::atomic<bool> anyUnreported_{false};
     std::vector<int> unitOf_;           // the unit of each parameter
     std::vector<ChangePoint> points_;   // capacity kMaxChangePoints, never grown
     std::vector<float> silence_, scratch_; // for a missing input and a mono output; sized in setActive

@@ -14,6 +14,7 @@
 #include <pluginterfaces/vst/vsttypes.h>
 
 #include <atomic>
+#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <memory>
@@ -309,6 +310,32 @@ TEST(VST3Plugin, AppliesAParameterChangeAtItsSampleAndFlushesWithoutAudio)
     Instance restored(Factory());
     ASSERT_EQ(restored.setState(changed.state()), kResultOk);
     EXPECT_DOUBLE_EQ(restored.controller()->getParamNormalized(kBypass), 1.0);
+}
+
+TEST(VST3Plugin, ASlotSwitchAskedByTheHostIsReportedBack)
+{
+    constexpr ParamID kSlot = 48; // "AH", eight steps
+    Instance instance(Factory());
+    ASSERT_EQ(instance.start(48000.0, 256), kResultOk);
+    ParameterInfo info;
+    ASSERT_EQ(instance.controller()->getParameterInfo(static_cast<int32>(kDepth), info), kResultOk);
+    ParameterChanges inSlotA;
+    inSlotA.add(kDepth, 0, 0.9);
+    ASSERT_EQ(instance.flush(inSlotA), kResultOk);
+
+    ParameterChanges toSlotB;
+    toSlotB.add(kSlot, 0, 1.0 / 7.0);
+    Channels in = Silence(2, 256), out = Silence(2, 256);
+    ASSERT_EQ(instance.process(in, out, &toSlotB), kResultOk);
+    // The switch runs off the audio thread; the next blocks report what it changed.
+    ParameterChanges reported;
+    for (int block = 0; block < 200 && reported.last(kDepth) < 0.0; ++block) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        in = Silence(2, 256);
+        ASSERT_EQ(instance.process(in, out, nullptr, &reported), kResultOk);
+    }
+    EXPECT_DOUBLE_EQ(reported.last(kDepth), info.defaultNormalizedValue);
+    EXPECT_DOUBLE_EQ(instance.controller()->getParamNormalized(kDepth), info.defaultNormalizedValue);
 }
 
 TEST(VST3Plugin, MonoBusesCarryTheLeftChannelOfTheStereoPath)
