@@ -6,7 +6,7 @@ namespace halvern {
 namespace {
 
 // Runs when the library is loaded, before any module instance can be made.
-const bool registered = (RegisterBuiltInStore(FactoryPresetBlock()), true);
+[[maybe_unused]] const bool registered = (RegisterBuiltInStore(FactoryPresetBlock()), true);
 
 } // namespace
 
