@@ -2,12 +2,15 @@
 // would, writes the result with the reverb's tail, and prints a decay report measured
 // on the impulse response of the same settings.
 //
-// Usage: halvern-render [--in FILE] [--out FILE] [--ir] [--set KEY=VALUE]...
+// Usage: halvern-render [--in FILE] [--out FILE] [--ir] [--preset NAME] [--set KEY=VALUE]...
 //                       [--index N=X]... [--rate HZ] [--block N] [--plugin PATH.so]
 //   --in FILE       audio file to process (mono feeds both channels); without it the
 //                   built-in test signal (clicks and a tone burst) is used
 //   --out FILE      where to write the result (default halvern-render.wav)
 //   --ir            write the impulse response instead of the processed signal
+//   --preset NAME   start from the factory preset of that name, loaded through the
+//                   preset manager as the plug-in loads it; --set and --index then
+//                   change it (the reverb built into the program only)
 //   --set KEY=VALUE a parameter by its key, in display units ("ReverbTime=2500" ms,
 //                   "Size=20" metres, "ReverbDepth=80" percent, "ReverbMode=Mode 3")
 //   --index N=X     a parameter by its index, normalised 0..1
@@ -17,6 +20,8 @@
 //                   point as a host loads it, instead of the reverb built into the
 //                   program; --set then takes the plug-in's parameter names
 
+#include "presets/factory_presets.h"
+#include "state/preset_owners.h"
 #include "tools/audio_file.h"
 #include "tools/impulse_analysis.h"
 #include "tools/render_session.h"
@@ -38,6 +43,7 @@ struct Options {
     std::string in;
     std::string out = "halvern-render.wav";
     std::string plugin;
+    std::string preset;
     bool impulse = false;
     double rate = 48000.0;
     int block = 512;
@@ -75,6 +81,8 @@ Options parse(int argc, char** argv)
             options.block = std::stoi(value);
         else if (flag == "--plugin")
             options.plugin = value;
+        else if (flag == "--preset")
+            options.preset = value;
         else if (flag == "--set")
             options.byKey.push_back(splitAssignment(value));
         else if (flag == "--index") {
@@ -85,13 +93,30 @@ Options parse(int argc, char** argv)
     }
     if (options.block < 1 || options.block > 65536 || !(options.rate >= 8000.0 && options.rate <= 384000.0))
         throw std::runtime_error("the block length must be 1..65536 and the rate 8000..384000 Hz");
+    if (!options.preset.empty() && !options.plugin.empty())
+        throw std::runtime_error("--preset loads into the reverb built into the program, not into --plugin");
     return options;
+}
+
+void loadFactoryPreset(RenderSession& session, const std::string& name)
+{
+    using namespace halvern;
+    ZPluginPresetManager manager(ZPluginPresetOwner(session.core()), "",
+                                 ZPresetCollection::ReadBlock(FactoryPresetBlock()));
+    for (const ZMLElement* preset : manager.factory().presets())
+        if (preset->getAttribute(kPresetName) == name) {
+            manager.Load(*preset);
+            return;
+        }
+    throw std::runtime_error("there is no factory preset named \"" + name + "\"");
 }
 
 RenderSession makeSession(const Options& options, double rate)
 {
     RenderSession session = options.plugin.empty() ? RenderSession(rate, options.block)
                                                    : RenderSession(rate, options.block, options.plugin);
+    if (!options.preset.empty())
+        loadFactoryPreset(session, options.preset);
     for (const auto& [key, text] : options.byKey)
         session.setByKey(key, text);
     for (const auto& [index, normalized] : options.byIndex)

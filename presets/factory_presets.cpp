@@ -1,0 +1,19 @@
+#include "presets/factory_presets.h"
+
+#include "host/library_module.h"
+
+namespace halvern {
+namespace {
+
+// Runs when the library is loaded, before any module instance can be made.
+[[maybe_unused]] const bool registered = (RegisterBuiltInStore(FactoryPresetBlock()), true);
+
+} // namespace
+
+ZPresetCollection FactoryPresets()
+{
+    const ZModule* module = CurrentModule();
+    return module != nullptr ? ZPresetCollection::ReadBlock(module->builtInStore()) : ZPresetCollection();
+}
+
+} // namespace halvern
