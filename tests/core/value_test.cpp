@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <memory>
 
 namespace halvern {
@@ -153,24 +152,6 @@ TEST(ValueNumberTest, DisplayTextFormatsAndParses)
     EXPECT_EQ(ZValueDouble(&plain, 0, 2, 0, 1).getDisplayText(), "1.2500");
     short count = 7;
     EXPECT_EQ(ZValueShort(&count, 0, 100, 0, 1, "{0:03}").getDisplayText(), "007");
-}
-
-TEST(ValueNumberTest, FormatterAndParserCallbacksReplaceTheFormat)
-{
-    double logHz = 3;
-    ZValueDouble frequency(&logHz, 1, 4, 3, 0.01);
-    frequency.setFormatter([](double v) { return FormatFrequency(std::pow(10.0, v)); });
-    frequency.setParser([](std::string_view text, double& v) {
-        double hz = 0;
-        if (!ZParseNumber(text, hz) || hz <= 0)
-            return false;
-        v = std::log10(hz);
-        return true;
-    });
-    EXPECT_EQ(frequency.getDisplayText(), "1000 Hz");
-    EXPECT_EQ(frequency.displayTextAt(0.0), "10.0 Hz");
-    EXPECT_TRUE(frequency.setFromDisplayText("100 Hz"));
-    EXPECT_EQ(logHz, 2.0);
 }
 
 TEST(ValueNumberTest, LoadAttributesAppliesDefaultValueAndIncrementRules)
