@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdint>
 #include <limits>
 
@@ -89,71 +90,56 @@ TEST(FormatTest, ScanningExtractsArgumentTexts)
     EXPECT_FALSE(ZScanFormat("{{{0}", "5", arguments));
 }
 
+namespace {
+
+// What a parser reads from text, or NaN when it refuses it.
+template <typename Parser>
+double Parsed(Parser parse, std::string_view text)
+{
+    double value = -1.0;
+    return parse(text, value) ? value : std::numeric_limits<double>::quiet_NaN();
+}
+
+} // namespace
+
 TEST(FormatTest, ParsingNumbers)
 {
-    double value = 0;
-    EXPECT_TRUE(ZParseNumber("+2.5e1xyz", value));
-    EXPECT_EQ(value, 25.0);
-    EXPECT_TRUE(ZParseNumber("  -0.5", value));
-    EXPECT_EQ(value, -0.5);
-    EXPECT_FALSE(ZParseNumber("abc", value));
-    EXPECT_FALSE(ZParseNumber("", value));
-    EXPECT_FALSE(ZParseNumber("nan", value));
-    EXPECT_FALSE(ZParseNumber("inf", value));
-    EXPECT_EQ(value, -0.5);
+    const auto number = [](std::string_view text, double& value) { return ZParseNumber(text, value); };
+    EXPECT_EQ(Parsed(number, "+2.5e1xyz"), 25.0);
+    EXPECT_EQ(Parsed(number, "  -0.5"), -0.5);
+    double value = 7.0;
+    for (const char* refused : {"abc", "", "nan", "inf"})
+        EXPECT_FALSE(ZParseNumber(refused, value)) << refused;
+    EXPECT_EQ(value, 7.0);
 }
 
 TEST(FormatTest, FrequencyPrecisionFollowsMagnitude)
 {
-    EXPECT_EQ(FormatFrequency(0.0), "0 Hz");
-    EXPECT_EQ(FormatFrequency(0.0000099), "0 Hz");
-    EXPECT_EQ(FormatFrequency(0.00001), "0.0000 Hz");
-    EXPECT_EQ(FormatFrequency(-0.5), "-0.5000 Hz");
-    EXPECT_EQ(FormatFrequency(1.0), "1.00 Hz");
-    EXPECT_EQ(FormatFrequency(9.5), "9.50 Hz");
-    EXPECT_EQ(FormatFrequency(10.0), "10.0 Hz");
-    EXPECT_EQ(FormatFrequency(100.0), "100 Hz");
-    EXPECT_EQ(FormatFrequency(100.5), "101 Hz");
-    EXPECT_EQ(FormatFrequency(-100.5), "-100 Hz");
-    EXPECT_EQ(FormatFrequency(-150.6), "-151 Hz");
-    EXPECT_EQ(FormatFrequency(9999.4), "9999 Hz");
-    EXPECT_EQ(FormatFrequency(9999.5), "10000 Hz");
-    EXPECT_EQ(FormatFrequency(10000.0), "10.0 kHz");
-    EXPECT_EQ(FormatFrequency(12345.0), "12.3 kHz");
-    EXPECT_EQ(FormatFrequency(-20000.0), "-20.0 kHz");
+    const std::pair<double, const char*> cases[] = {
+        {0.0, "0 Hz"},          {0.0000099, "0 Hz"},    {0.00001, "0.0000 Hz"}, {-0.5, "-0.5000 Hz"},
+        {1.0, "1.00 Hz"},       {9.5, "9.50 Hz"},       {10.0, "10.0 Hz"},      {100.0, "100 Hz"},
+        {100.5, "101 Hz"},      {-100.5, "-100 Hz"},    {-150.6, "-151 Hz"},    {9999.4, "9999 Hz"},
+        {9999.5, "10000 Hz"},   {10000.0, "10.0 kHz"},  {12345.0, "12.3 kHz"},  {-20000.0, "-20.0 kHz"},
+    };
+    for (const auto& [hertz, text] : cases)
+        EXPECT_EQ(FormatFrequency(hertz), text) << hertz;
 }
-
-} // namespace halvern
-
-namespace halvern {
-namespace {
 
 TEST(ValueDisplays, PercentAndTimeTextsAndTheirTypedForms)
 {
-    EXPECT_EQ(FormatPercent(0.255), "25.5 %");
-    EXPECT_EQ(FormatPercent(1.0), "100.0 %");
-    EXPECT_EQ(FormatTime(0.0015), "1.5 ms");
-    EXPECT_EQ(FormatTime(0.999), "999.0 ms");
-    EXPECT_EQ(FormatTime(1.0), "1.00 s");
-    EXPECT_EQ(FormatTime(29.9), "29.90 s");
-    double value = 0.0;
-    EXPECT_TRUE(ParsePercent("25.5 %", value));
-    EXPECT_DOUBLE_EQ(value, 0.255);
-    EXPECT_TRUE(ParseTime("250", value)); // typed times are milliseconds
-    EXPECT_DOUBLE_EQ(value, 0.25);
-    EXPECT_FALSE(ParseTime("soon", value));
+    EXPECT_EQ(FormatPercent(0.255) + FormatPercent(1.0), "25.5 %100.0 %");
+    EXPECT_EQ(FormatTime(0.0015) + "|" + FormatTime(0.999), "1.5 ms|999.0 ms");
+    EXPECT_EQ(FormatTime(1.0) + "|" + FormatTime(29.9), "1.00 s|29.90 s");
+    EXPECT_DOUBLE_EQ(Parsed(ParsePercent, "25.5 %"), 0.255);
+    EXPECT_DOUBLE_EQ(Parsed(ParseTime, "250"), 0.25); // typed times are milliseconds
     // The displayed texts read back, units included.
-    EXPECT_TRUE(ParseTime("2.50 s", value));
-    EXPECT_DOUBLE_EQ(value, 2.5);
-    EXPECT_TRUE(ParseTime(" 999.0 MS ", value));
-    EXPECT_DOUBLE_EQ(value, 0.999);
-    EXPECT_FALSE(ParseTime("3 min", value));
-    EXPECT_TRUE(ParseLogFrequency("10.0 kHz", value));
-    EXPECT_DOUBLE_EQ(value, 4.0);
-    EXPECT_TRUE(ParseLogFrequency("100 Hz", value));
-    EXPECT_DOUBLE_EQ(value, 2.0);
-    EXPECT_FALSE(ParseLogFrequency("100 dB", value));
+    EXPECT_DOUBLE_EQ(Parsed(ParseTime, "2.50 s"), 2.5);
+    EXPECT_DOUBLE_EQ(Parsed(ParseTime, " 999.0 MS "), 0.999);
+    EXPECT_DOUBLE_EQ(Parsed(ParseLogFrequency, "10.0 kHz"), 4.0);
+    EXPECT_DOUBLE_EQ(Parsed(ParseLogFrequency, "100 Hz"), 2.0);
+    for (const char* refused : {"soon", "3 min"})
+        EXPECT_TRUE(std::isnan(Parsed(ParseTime, refused))) << refused;
+    EXPECT_TRUE(std::isnan(Parsed(ParseLogFrequency, "100 dB")));
 }
 
-} // namespace
 } // namespace halvern

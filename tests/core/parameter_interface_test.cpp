@@ -35,31 +35,18 @@ public:
     }
 };
 
-class TraceCapture {
-public:
-    TraceCapture()
-    {
-        previous_ = SetTraceSink([this](std::string_view text, std::string_view location) {
-            lines.push_back(std::string(location) + ": " + std::string(text));
-        });
-    }
-    ~TraceCapture() { SetTraceSink(previous_); }
+struct TraceCapture {
     std::vector<std::string> lines;
-
-private:
-    TraceSink previous_;
+    TraceSink previous = SetTraceSink([this](std::string_view text, std::string_view location) {
+        lines.push_back(std::string(location) + ": " + std::string(text));
+    });
+    ~TraceCapture() { SetTraceSink(previous); }
 };
 
-TEST(ParameterInterface, ReportsNamesTextsTypesAndDefaults)
+TEST(ParameterInterface, ReportsTextsAndDefaultsThroughTheValues)
 {
     ParameterCore core;
-    EXPECT_EQ(core.GetParameterCount(), 3);
-    EXPECT_EQ(core.GetParameterName(1), "Gain");
-    EXPECT_EQ(core.GetParameterID(2), "mode");
-    EXPECT_EQ(core.GetParameterUnitsName(1), "dB");
-    EXPECT_EQ(core.GetParameterType(0), ZParameterType::Panel);
-    EXPECT_EQ(core.GetParameterType(2), ZParameterType::Enumeration);
-    EXPECT_DOUBLE_EQ(core.GetParameterDefaultValue(1), 0.5);
+    EXPECT_DOUBLE_EQ(core.GetParameterDefaultValue(1), 0.5); // 1 of 0..2
 
     // A panel reads 0, shows nothing and ignores writes.
     EXPECT_EQ(core.GetParameter(0), 0.0);

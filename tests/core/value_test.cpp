@@ -6,8 +6,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <initializer_list>
 #include <memory>
+#include <utility>
 
 namespace halvern {
 
@@ -22,6 +23,19 @@ struct ZEnumNames<TestReverbMode> {
         return kNames;
     }
 };
+
+namespace {
+
+// A "value" element with the given attributes, as a value description holds them.
+ZMLElement ValueElement(std::initializer_list<std::pair<const char*, const char*>> attributes)
+{
+    ZMLElement element("value");
+    for (const auto& [name, text] : attributes)
+        element.setAttribute(name, text);
+    return element;
+}
+
+} // namespace
 
 TEST(ValueNumberTest, IntegerPositionsRoundToNearest)
 {
@@ -155,54 +169,24 @@ TEST(ValueNumberTest, DisplayTextFormatsAndParses)
     EXPECT_EQ(ZValueShort(&count, 0, 100, 0, 1, "{0:03}").getDisplayText(), "007");
 }
 
-TEST(ValueNumberTest, FormatterAndParserCallbacksReplaceTheFormat)
-{
-    double logHz = 3;
-    ZValueDouble frequency(&logHz, 1, 4, 3, 0.01);
-    frequency.setFormatter([](double v) { return FormatFrequency(std::pow(10.0, v)); });
-    frequency.setParser([](std::string_view text, double& v) {
-        double hz = 0;
-        if (!ZParseNumber(text, hz) || hz <= 0)
-            return false;
-        v = std::log10(hz);
-        return true;
-    });
-    EXPECT_EQ(frequency.getDisplayText(), "1000 Hz");
-    EXPECT_EQ(frequency.displayTextAt(0.0), "10.0 Hz");
-    EXPECT_TRUE(frequency.setFromDisplayText("100 Hz"));
-    EXPECT_EQ(logHz, 2.0);
-}
-
 TEST(ValueNumberTest, LoadAttributesAppliesDefaultValueAndIncrementRules)
 {
     double v = 0;
     ZValueDouble value(&v, 0, 1, 0, 1);
-    ZMLElement gain("value");
-    gain.setAttribute("name", "Gain");
-    gain.setAttribute("max", "12");
-    gain.setAttribute("default", "3");
-    gain.setAttribute("inc", "0.5");
-    gain.setAttribute("format", "{0;.1} dB");
-    value.loadAttributes(gain);
+    value.loadAttributes(
+        ValueElement({{"name", "Gain"}, {"max", "12"}, {"default", "3"}, {"inc", "0.5"}, {"format", "{0;.1} dB"}}));
     EXPECT_EQ(value.name(), "Gain");
     EXPECT_EQ(value.defaultValue(), 3.0);
     EXPECT_EQ(v, 3.0);
     EXPECT_EQ(value.maximalIncrement(), 1.0); // the larger of 0.5 and the previous 1
     EXPECT_EQ(value.getDisplayText(), "3.0 dB");
 
-    ZMLElement onlyValue("value");
-    onlyValue.setAttribute("value", "50");
-    onlyValue.setAttribute("inc", "4");
-    value.loadAttributes(onlyValue);
+    value.loadAttributes(ValueElement({{"value", "50"}, {"inc", "4"}}));
     EXPECT_EQ(v, 50.0); // not clamped
     EXPECT_EQ(value.defaultValue(), 50.0);
     EXPECT_EQ(value.maximalIncrement(), 4.0);
 
-    ZMLElement both("value");
-    both.setAttribute("default", "0.2");
-    both.setAttribute("value", "0.7");
-    both.setAttribute("maxinc", "3");
-    value.loadAttributes(both);
+    value.loadAttributes(ValueElement({{"default", "0.2"}, {"value", "0.7"}, {"maxinc", "3"}}));
     EXPECT_EQ(value.defaultValue(), 0.2);
     EXPECT_EQ(v, 0.7);
     EXPECT_EQ(value.maximalIncrement(), 3.0);
@@ -272,16 +256,11 @@ TEST(ValueEnumTest, ClampingStepsAndAttributes)
     EXPECT_TRUE(range.resetToDefault());
     EXPECT_EQ(index, 1);
 
-    ZMLElement element("value");
-    element.setAttribute("default", "Down only");
-    element.setAttribute("value", "Interval");
-    range.loadAttributes(element);
+    range.loadAttributes(ValueElement({{"default", "Down only"}, {"value", "Interval"}}));
     EXPECT_EQ(range.defaultValue(), 3);
     EXPECT_EQ(index, 4);
 
-    ZMLElement unknown("value");
-    unknown.setAttribute("value", "Bogus");
-    range.loadAttributes(unknown);
+    range.loadAttributes(ValueElement({{"value", "Bogus"}}));
     EXPECT_EQ(index, 0);
     EXPECT_EQ(range.defaultValue(), 0);
 }

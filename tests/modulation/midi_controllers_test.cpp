@@ -18,10 +18,8 @@ struct Fixture {
 ZMIDIControllerAssignment assignment(int controller, int channel = 0)
 {
     ZMIDIControllerAssignment a;
-    a.controller = controller;
-    a.channel = channel;
-    a.target.parameter = 0;
-    a.target.rangeMode = ZRangeMode::FullRange; // depth 1: m = -1..1 covers 0..1
+    a.controller = controller, a.channel = channel;
+    a.target.parameter = 0, a.target.rangeMode = ZRangeMode::FullRange; // depth 1: m = -1..1 covers 0..1
     return a;
 }
 
@@ -54,10 +52,7 @@ TEST(MIDIControllers, NoteControllersInEveryMode)
     f.midi.setNoteControllersEnabled(true);
     auto noteController = [](ZNoteControllerMode mode) {
         ZNoteController c;
-        c.mode = mode;
-        c.note = 60;
-        c.value = 0.2;
-        c.maxValue = 0.8;
+        c.mode = mode, c.note = 60, c.value = 0.2, c.maxValue = 0.8;
         return c;
     };
     f.midi.setNoteControllers({noteController(ZNoteControllerMode::Linear)});

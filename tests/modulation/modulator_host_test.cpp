@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <numbers>
 #include <vector>
 
@@ -29,10 +30,9 @@ public:
     }
     bool TakeParameterChanges() override
     {
-        const bool changed = gainValue.isChanged() || toneValue.isChanged() || sizeValue.isChanged();
-        gainValue.clearChanged();
-        toneValue.clearChanged();
-        sizeValue.clearChanged();
+        bool changed = false;
+        for (ZValueDouble* value : {&gainValue, &toneValue, &sizeValue})
+            changed = value->isChanged() || changed, value->clearChanged();
         return changed;
     }
     void Update() override { ++updates; }
@@ -64,16 +64,24 @@ struct Host {
         for (int i = 0; i < blocks; ++i)
             core.ProcessBlock(io, io, static_cast<int>(left.size()), true);
     }
-    ZModulatorTarget targetOn(int parameter, double value, double depth, ZRangeMode mode = ZRangeMode::UpAndDown)
+    // Turns an LFO on with the given changes to its settings and starts it at its phase.
+    ZLFO& startLFO(int index, const std::function<void(ZLFOSettings&)>& change)
     {
-        ZModulatorTarget target;
-        target.parameter = parameter;
-        target.value = value;
-        target.range = depth;
-        target.rangeMode = mode;
-        return target;
+        ZLFOSettings settings = core.lfo(index).settings();
+        settings.enabled = 1;
+        change(settings);
+        core.lfo(index).setSettings(settings);
+        core.lfo(index).reset();
+        return core.lfo(index);
     }
 };
+
+ZModulatorTarget TargetOn(int parameter, double value, double depth, ZRangeMode mode = ZRangeMode::UpAndDown)
+{
+    ZModulatorTarget target;
+    target.parameter = parameter, target.value = value, target.range = depth, target.rangeMode = mode;
+    return target;
+}
 
 TEST(ModulatorHost, RegistersTheModulatorsParametersAfterTheEffects)
 {
@@ -93,35 +101,23 @@ TEST(ModulatorHost, RegistersTheModulatorsParametersAfterTheEffects)
 TEST(ModulatorHost, LFOAdvancesItsPhaseExactlyPerBlockAndTenTimesFasterWithHighSpeed)
 {
     Host host(480);
-    ZLFOSettings settings = host.core.lfo(0).settings();
-    settings.enabled = 1;
-    settings.frequency = 1.0;
-    host.core.lfo(0).setSettings(settings);
-    host.core.lfo(0).reset();
+    ZLFO& lfo = host.startLFO(0, [](ZLFOSettings& s) { s.frequency = 1.0; });
     for (int block = 1; block <= 5; ++block) {
         host.run();
-        EXPECT_NEAR(host.core.lfo(0).phase(), 0.01 * block, 1e-12);
+        EXPECT_NEAR(lfo.phase(), 0.01 * block, 1e-12);
     }
-    settings.highSpeed = true;
-    host.core.lfo(0).setSettings(settings);
-    host.core.lfo(0).reset();
+    host.startLFO(0, [](ZLFOSettings& s) { s.highSpeed = true; });
     host.run(3);
-    EXPECT_NEAR(host.core.lfo(0).phase(), 0.3, 1e-12);
+    EXPECT_NEAR(lfo.phase(), 0.3, 1e-12);
 }
 
 TEST(ModulatorHost, LFOWritesItsTargetsOncePerBlockAndGivesThemBackWhenStopped)
 {
     Host host(480);
     host.core.SetMaxSubBlock(480); // one piece per block
-    ZLFO& lfo = host.core.lfo(0);
-    lfo.targets().replaceAll({host.targetOn(1, 0.5, 1.0)});
-    ZLFOSettings settings = lfo.settings();
-    settings.enabled = 1;
-    settings.frequency = 2.5;  // with High-speed 25 Hz: a quarter cycle per 480 samples
-    settings.highSpeed = true;
-    settings.phase = 0.25;     // sine at its top for the first block
-    lfo.setSettings(settings);
-    lfo.reset();
+    host.core.lfo(0).targets().replaceAll({TargetOn(1, 0.5, 1.0)});
+    // With High-speed 25 Hz: a quarter cycle per 480 samples; the sine at its top at first.
+    ZLFO& lfo = host.startLFO(0, [](ZLFOSettings& s) { s.frequency = 2.5, s.highSpeed = true, s.phase = 0.25; });
     host.effect->gain = 0.3;
     host.run();
     // Sine at 0.25 is 1: "Up and down" around 0.5 with depth 1 gives 1.0.
@@ -141,14 +137,10 @@ TEST(ModulatorHost, LFOModulationAtFullAmountBehavesLikeNormalMode)
     std::vector<double> outputs[2];
     for (int pass = 0; pass < 2; ++pass) {
         Host host(480);
-        ZLFO& lfo = host.core.lfo(0);
-        ZLFOSettings settings = lfo.settings();
-        settings.enabled = 1;
-        settings.frequency = 3.0;
-        settings.mode = static_cast<int32_t>(pass == 0 ? ZLFOMode::Normal : ZLFOMode::Envelope);
-        settings.lfoAmount = pass == 0 ? 0.0 : 1.0;
-        lfo.setSettings(settings);
-        lfo.reset();
+        ZLFO& lfo = host.startLFO(0, [&](ZLFOSettings& s) {
+            s.frequency = 3.0, s.lfoAmount = pass;
+            s.mode = static_cast<int32_t>(pass == 0 ? ZLFOMode::Normal : ZLFOMode::Envelope);
+        });
         for (int i = 0; i < 480; ++i)
             host.left[static_cast<size_t>(i)] = host.right[static_cast<size_t>(i)] = (i % 7) * 0.1f;
         for (int block = 0; block < 20; ++block) {
@@ -162,13 +154,9 @@ TEST(ModulatorHost, LFOModulationAtFullAmountBehavesLikeNormalMode)
 TEST(ModulatorHost, PitchModeMapsATonesPitchAndHoldsOnSilence)
 {
     Host host(512);
-    ZLFO& lfo = host.core.lfo(0);
-    ZLFOSettings settings = lfo.settings();
-    settings.enabled = 1;
-    settings.mode = static_cast<int32_t>(ZLFOMode::Pitch);
-    settings.minFrequency = 55.0;
-    settings.maxFrequency = 1760.0;
-    lfo.setSettings(settings);
+    ZLFO& lfo = host.startLFO(0, [](ZLFOSettings& s) {
+        s.mode = static_cast<int32_t>(ZLFOMode::Pitch), s.minFrequency = 55.0, s.maxFrequency = 1760.0;
+    });
     // 220 Hz is two of the five octaves from 55 Hz to 1760 Hz: d = 0.4.
     int t = 0;
     for (int block = 0; block < 60; ++block) {
@@ -187,17 +175,11 @@ TEST(ModulatorHost, PitchModeMapsATonesPitchAndHoldsOnSilence)
 TEST(ModulatorHost, WithModulatorsDisabledNoLFORunsButSwitchingMultiParametersStillAct)
 {
     Host host(480);
-    ZLFO& lfo = host.core.lfo(0);
-    lfo.targets().replaceAll({host.targetOn(1, 0.5, 1.0)});
-    ZLFOSettings settings = lfo.settings();
-    settings.enabled = 1;
-    settings.phase = 0.25;
-    lfo.setSettings(settings);
-    lfo.reset();
-
+    host.core.lfo(0).targets().replaceAll({TargetOn(1, 0.5, 1.0)});
+    host.startLFO(0, [](ZLFOSettings& s) { s.phase = 0.25; });
     ZMultiParameter& switcher = host.core.multiParameter(0);
     switcher.setEnabled(true);
-    switcher.replaceTargets({host.targetOn(2, 0.0, 0.0, ZRangeMode::Interval)});
+    switcher.replaceTargets({TargetOn(2, 0.0, 0.0, ZRangeMode::Interval)});
     switcher.modeObject().setNormalized(1.0 / 3.0); // "Switch"
     host.core.SetModulatorsEnabled(false);
     host.core.SetParameter(host.core.multiParameterIndex(0), 1.0);
@@ -212,7 +194,7 @@ TEST(ModulatorHost, NormalMultiParameterDrivesItsTargetsWhenItsValueChanges)
     Host host(480);
     ZMultiParameter& knob = host.core.multiParameter(1);
     knob.setEnabled(true);
-    knob.replaceTargets({host.targetOn(1, 0.2, 0.0, ZRangeMode::Interval), host.targetOn(3, 0.5, 0.5, ZRangeMode::UpOnly)});
+    knob.replaceTargets({TargetOn(1, 0.2, 0.0, ZRangeMode::Interval), TargetOn(3, 0.5, 0.5, ZRangeMode::UpOnly)});
     ZModulatorTarget first = knob.targets().targets()[0];
     first.maxValue = 0.6;
     knob.setTarget(0, first);
@@ -236,8 +218,7 @@ TEST(ModulatorHost, MIDIReachesControllersAndTheBypassParameterSwitchesTheFrame)
 {
     Host host(480);
     ZMIDIControllerAssignment modWheel;
-    modWheel.controller = 1;
-    modWheel.target = host.targetOn(1, 0.5, 1.0, ZRangeMode::FullRange);
+    modWheel.controller = 1, modWheel.target = TargetOn(1, 0.5, 1.0, ZRangeMode::FullRange);
     host.core.midiControllers().setControllers({modWheel});
     host.core.midiControllers().setControllersEnabled(true);
     host.core.ProcessMIDIMessage(0xB0, 1, 0, 0);
@@ -253,9 +234,7 @@ TEST(ModulatorHost, MIDIReachesControllersAndTheBypassParameterSwitchesTheFrame)
 TEST(ModulatorHost, RandomizeOnlyEnabledLeavesTheOthersAlone)
 {
     Host host;
-    ZLFOSettings on = host.core.lfo(2).settings();
-    on.enabled = 1;
-    host.core.lfo(2).setSettings(on);
+    host.startLFO(2, [](ZLFOSettings&) {});
     const double before = host.core.lfo(0).settings().frequency;
     host.core.GenerateRandomSettingsSmart();
     EXPECT_EQ(host.core.lfo(0).settings().frequency, before);

@@ -22,10 +22,7 @@ protected:
                                    ZRangeMode mode = ZRangeMode::UpAndDown)
     {
         ZModulatorTarget target;
-        target.parameter = parameter;
-        target.value = value;
-        target.range = depth;
-        target.rangeMode = mode;
+        target.parameter = parameter, target.value = value, target.range = depth, target.rangeMode = mode;
         return target;
     }
 
@@ -152,11 +149,9 @@ TEST_F(MultiParameterTest, BankToolsKeepOneValuePerTargetInEveryBank)
     using Banks = std::vector<std::vector<double>>;
     mp.replaceTargets({Target(0, 0.5), Target(1, 0.5)});
     mp.setBankCount(3);
-    a = 0.1;
-    b = 0.9;
+    a = 0.1, b = 0.9;
     mp.saveBank(0, registry);
-    a = 0.2;
-    b = 0.4;
+    a = 0.2, b = 0.4;
     mp.saveBank(2, registry);
     EXPECT_EQ(mp.banks(), (Banks{{0.1, 0.9}, {0.5, 0.5}, {0.2, 0.4}}));
 

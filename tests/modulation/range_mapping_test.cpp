@@ -55,15 +55,9 @@ TEST(RangeMapping, EveryModeAtItsExamplesAndEdges)
 
 TEST(RangeMapping, FirstRangeAndShapeAreAppliedPerTarget)
 {
-    ZModulatorTarget first;
-    first.value = 0.2;
-    first.maxValue = 0.6;
-    first.rangeMode = ZRangeMode::Interval;
-    ZModulatorTarget second;
-    second.value = 0.9;
-    second.range = 0.1;
-    second.useFirstRange = true;
-    second.invert = true;
+    ZModulatorTarget first, second;
+    first.value = 0.2, first.maxValue = 0.6, first.rangeMode = ZRangeMode::Interval;
+    second.value = 0.9, second.range = 0.1, second.invert = true, second.useFirstRange = true;
     EXPECT_DOUBLE_EQ(TargetValueFor(second, first, 1.0), 0.2); // first's interval, own invert
     second.shapeEnabled = true;
     second.shape.clear();
@@ -87,9 +81,10 @@ TEST(ModulatorTargetList, NeverEmptiesAndWritesThroughTheRegistry)
     registry.add({"a", "A", "", ZParameterType::Float, "", true}, &aValue);
     registry.add({"b", "B", "", ZParameterType::Float, "", true}, &bValue);
 
-    ZModulatorTarget first;
-    first.parameter = 0;
-    first.value = 0.5;
+    ZModulatorTarget first, second, stray;
+    first.parameter = 0, first.value = 0.5;
+    second.parameter = 1, second.value = 0.5, second.range = 0.5, second.rangeMode = ZRangeMode::UpOnly;
+    stray.parameter = 7;
     ZModulatorTargetList list(lock, first);
     try {
         list.remove(0);
@@ -100,11 +95,6 @@ TEST(ModulatorTargetList, NeverEmptiesAndWritesThroughTheRegistry)
     EXPECT_EQ(list.size(), 1);
     EXPECT_THROW(list.replaceAll({}), ZException);
 
-    ZModulatorTarget second;
-    second.parameter = 1;
-    second.value = 0.5;
-    second.range = 0.5;
-    second.rangeMode = ZRangeMode::UpOnly;
     list.add(second);
     list.backupValues(registry);
     list.apply(1.0, registry);
@@ -119,8 +109,6 @@ TEST(ModulatorTargetList, NeverEmptiesAndWritesThroughTheRegistry)
     EXPECT_EQ(list.backup().size(), 1u);
 
     // Targets naming a parameter that does not exist are skipped.
-    ZModulatorTarget stray;
-    stray.parameter = 7;
     list.set(0, stray);
     list.apply(1.0, registry);
 }

@@ -12,10 +12,6 @@ namespace {
 TEST(Saturation, EveryCurveIsContinuousOddMonotonicAndLimited)
 {
     const auto names = ZEnumNames<ZSaturationMode>::names();
-    const auto reverbModes = ZEnumNames<ZReverbMode>::names();
-    EXPECT_EQ(std::string(names[0]) + names[3] + names[4] + names[6] + std::to_string(names.size()),
-              "Soft 1Soft 4Clip 1Clip 37");
-    EXPECT_EQ(std::string(reverbModes[0]) + reverbModes[3] + std::to_string(reverbModes.size()), "Mode 1Mode 44");
     ZSaturationShaper shaper;
     for (int mode = 0; mode < 7; ++mode) {
         SCOPED_TRACE(names[static_cast<size_t>(mode)]);

@@ -74,10 +74,7 @@ std::vector<uint8_t> Compress(const std::string& text)
 ZModulatorTarget Target(int parameter, double value, ZRangeMode mode)
 {
     ZModulatorTarget target;
-    target.parameter = parameter;
-    target.value = value;
-    target.range = 0.4;
-    target.rangeMode = mode;
+    target.parameter = parameter, target.value = value, target.range = 0.4, target.rangeMode = mode;
     return target;
 }
 
@@ -95,26 +92,16 @@ void ConfigureEverything(Core& core)
 
     ZLFO& lfo = core.lfo(1);
     ZLFOSettings settings = lfo.settings();
-    settings.enabled = 1;
-    settings.mode = static_cast<int32_t>(ZLFOMode::Random);
-    settings.frequency = 3.3;
-    settings.sync = true;
-    settings.lfoAmount = 0.4;
-    settings.project = true;
+    settings.enabled = 1, settings.mode = static_cast<int32_t>(ZLFOMode::Random), settings.frequency = 3.3;
+    settings.sync = true, settings.lfoAmount = 0.4, settings.project = true;
     lfo.setSettings(settings);
     ZSignalGenerator shape;
     shape.setFamily(ZSignalGenerator::Family::Steps);
-    const double steps[] = {0.1, -0.5, 1.0};
-    shape.setSteps(steps);
+    shape.setSteps(std::vector<double>{0.1, -0.5, 1.0});
     lfo.setShape(shape);
-    ZLevelFollower::Settings follower;
-    follower.attack = 0.05;
-    follower.mode = ZLFOFollowerMode::Logarithmic;
-    lfo.setFollowerSettings(follower);
-    ZTransferCurve curve;
-    curve.addPoint({0.5, 0.9, 2.0});
+    lfo.setFollowerSettings({.attack = 0.05, .mode = ZLFOFollowerMode::Logarithmic});
     ZModulatorTarget curved = Target(4, 0.6, ZRangeMode::Interval);
-    curved.shape = curve;
+    curved.shape.addPoint({0.5, 0.9, 2.0});
     curved.shapeEnabled = true;
     lfo.targets().replaceAll({Target(2, 0.25, ZRangeMode::FullRange), curved});
 
@@ -131,14 +118,10 @@ void ConfigureEverything(Core& core)
     multi.setValueBackup({0.125, 0.75});
 
     ZMIDIControllerAssignment assignment;
-    assignment.controller = 7;
-    assignment.channel = 3;
-    assignment.target = Target(6, 0.8, ZRangeMode::UpAndDown);
+    assignment.controller = 7, assignment.channel = 3, assignment.target = Target(6, 0.8, ZRangeMode::UpAndDown);
     core.midiControllers().setControllers({assignment});
     ZNoteController note;
-    note.mode = ZNoteControllerMode::Switch;
-    note.note = 64;
-    note.parameter = 8;
+    note.mode = ZNoteControllerMode::Switch, note.note = 64, note.parameter = 8;
     core.midiControllers().setNoteControllers({note});
     core.midiControllers().setControllersEnabled(true);
     core.midiControllers().setNoteControllersEnabled(true);
