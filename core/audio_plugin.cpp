@@ -191,6 +191,12 @@ void ZAudioPlugin::SetNames(std::string productName, std::string vendorName)
 
 void ZAudioPlugin::Serialize(const ZSerializationContext&) {}
 
+int32_t ZAudioPlugin::GetProgramCount() { return 0; }
+std::string ZAudioPlugin::GetProgramName(int32_t) { return {}; }
+int32_t ZAudioPlugin::GetCurrentProgram() { return -1; }
+bool ZAudioPlugin::LoadProgram(int32_t) { return false; }
+void ZAudioPlugin::RequestProgram(int32_t) {}
+
 void ZAudioPlugin::StateChanged()
 {
     for (int index = 0; index < parameters().count(); ++index)

@@ -89,6 +89,17 @@ public:
     // channel (0..15) drives, or -1 when it drives none.
     virtual int32_t GetMIDIControllerParameter(int channel, int controller);
 
+    // ---- programs: the factory presets as hosts list them ----
+    virtual int32_t GetProgramCount();
+    virtual std::string GetProgramName(int32_t index);
+    // The program loaded last, or -1.
+    virtual int32_t GetCurrentProgram();
+    // Loads a program at once; not on the audio thread. False when it does not load.
+    virtual bool LoadProgram(int32_t index);
+    // Asks for a program from any thread, the audio thread included; it is loaded soon
+    // after, outside the audio thread, and the host is told the changed values.
+    virtual void RequestProgram(int32_t index);
+
     // Stores the state into, or reads it from, the context's element. Every level of the
     // plug-in chain adds its own items and hands on to its base; this root level has none.
     virtual void Serialize(const ZSerializationContext& context);

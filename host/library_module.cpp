@@ -171,10 +171,18 @@ void VST3InstanceReleased() { Released(State().liveVST3); }
 void RegisterBuiltInStore(std::span<const uint8_t> block) { State().builtInStore = block; }
 void RegisterBuiltInResource(std::span<const uint8_t> block) { State().builtInResource = block; }
 
+ZPresetCollection FactoryPresets()
+{
+    const ZModule* module = CurrentModule();
+    return module != nullptr ? ZPresetCollection::ReadBlock(module->builtInStore()) : ZPresetCollection();
+}
+
 ZAudioPlugin* CreatePluginCore()
 {
     auto core = std::make_unique<ZQuessaneAudioEffectPlugin>();
     core->Attach("Halvern", "Quessane", HalvernAudioEffectPluginInterface, kEffectDescription);
+    const ZModule* module = CurrentModule();
+    core->SetPresets(FactoryPresets(), module != nullptr ? module->userDataFolder() : std::string());
     return core.release();
 }
 

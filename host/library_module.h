@@ -10,6 +10,7 @@
 // creation makes a new one.
 
 #include "host/z_module.h"
+#include "state/preset_collection.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -53,8 +54,13 @@ void VST3InstanceReleased();
 void RegisterBuiltInStore(std::span<const uint8_t> block);
 void RegisterBuiltInResource(std::span<const uint8_t> block);
 
-// A new plug-in core (the whole effect chain), or null when it cannot be made. Throws
-// ZException "Error creating plugin." when the effect cannot be created.
+// The factory preset collection of the current module instance (its built-in store);
+// empty while there is none.
+ZPresetCollection FactoryPresets();
+
+// A new plug-in core (the whole effect chain) with its preset manager on the factory
+// presets and the user's folder, or null when it cannot be made. Throws ZException
+// "Error creating plugin." when the effect cannot be created.
 ZAudioPlugin* CreatePluginCore();
 
 } // namespace halvern

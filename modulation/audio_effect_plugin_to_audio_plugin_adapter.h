@@ -105,6 +105,7 @@ public:
     // The audio thread only records the step; the plug-in's preset manager takes it on
     // its own thread (FollowPresetSwitch) and loads the preset there.
     int TakePresetStep() { return presetStep_.exchange(0); }
+    bool HasPresetStep() const { return presetStep_.load() != 0; }
     double inputMeterLevel() const { return inputMeter_; }
     double sideChainMeterLevel() const { return sideChainMeter_; }
 

@@ -10,10 +10,4 @@ namespace {
 
 } // namespace
 
-ZPresetCollection FactoryPresets()
-{
-    const ZModule* module = CurrentModule();
-    return module != nullptr ? ZPresetCollection::ReadBlock(module->builtInStore()) : ZPresetCollection();
-}
-
 } // namespace halvern

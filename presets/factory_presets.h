@@ -5,8 +5,6 @@
 // every module instance holds it in its store; the plug-in's preset managers take their
 // factory collection from there.
 
-#include "state/preset_collection.h"
-
 #include <cstdint>
 #include <span>
 
@@ -14,8 +12,5 @@ namespace halvern {
 
 // The collection's file as the library carries it.
 std::span<const uint8_t> FactoryPresetBlock();
-
-// The factory collection of the current module instance; empty while there is none.
-ZPresetCollection FactoryPresets();
 
 } // namespace halvern

@@ -140,8 +140,21 @@ void ZQuessaneAudioEffectPlugin::HostChangedParameter(int32_t index)
     }
 }
 
+void ZQuessaneAudioEffectPlugin::PrepareForProcessingOnce(float* const* inputs, float* const* outputs, int32_t sampleCount)
+{
+    ZAudioEffectPluginToAudioPluginAdapter::PrepareForProcessingOnce(inputs, outputs, sampleCount);
+    if (HasPresetStep())
+        updates_.Request();
+}
+
 void ZQuessaneAudioEffectPlugin::ProcessUpdate()
 {
+    // A program or preset step changes every value behind the host's back: it is told.
+    if (const int32_t program = requestedProgram_.exchange(-1, std::memory_order_acq_rel); program >= 0 && LoadProgram(program))
+        StateChanged();
+    if (presets_ != nullptr && HasPresetStep() &&
+        Guarded("ZQuessaneAudioEffectPlugin::ProcessUpdate", false, [&] { return FollowPresetSwitch(*presets_); }))
+        StateChanged();
     if (hostRequest_.exchange(false, std::memory_order_acq_rel))
         GuardedVoid("ZQuessaneAudioEffectPlugin::ProcessUpdate", [&] {
             ZLockHolder hold(processingLock(), -1);
@@ -151,6 +164,52 @@ void ZQuessaneAudioEffectPlugin::ProcessUpdate()
             morph_.follow(parameters());
         });
     ZAudioEffectPluginToAudioPluginAdapter::ProcessUpdate();
+}
+
+// ---------------------------------------------------------------- presets
+
+void ZQuessaneAudioEffectPlugin::SetPresets(ZPresetCollection factory, const std::string& userDataFolder)
+{
+    presets_ = std::make_unique<ZPluginPresetManager>(ZPluginPresetOwner(*this), userDataFolder, std::move(factory));
+    programNames_.clear();
+    for (const ZMLElement* preset : presets_->factory().presets())
+        programNames_.push_back(preset->getAttribute(kPresetName));
+    // A user collection that does not read leaves the user's presets empty; the file
+    // stays as it is until the user saves.
+    GuardedVoid("ZQuessaneAudioEffectPlugin::SetPresets", [&] { presets_->LoadCollection(); });
+}
+
+int32_t ZQuessaneAudioEffectPlugin::GetProgramCount() { return static_cast<int32_t>(programNames_.size()); }
+
+std::string ZQuessaneAudioEffectPlugin::GetProgramName(int32_t index)
+{
+    return index >= 0 && index < GetProgramCount() ? programNames_[static_cast<size_t>(index)] : std::string();
+}
+
+// The factory presets come first in the manager's sequence, so a current preset index
+// below their count is a program.
+int32_t ZQuessaneAudioEffectPlugin::GetCurrentProgram()
+{
+    const int32_t current = presetPosition().currentPresetIndex;
+    return current >= 0 && current < GetProgramCount() ? current : -1;
+}
+
+bool ZQuessaneAudioEffectPlugin::LoadProgram(int32_t index)
+{
+    return Guarded("ZQuessaneAudioEffectPlugin::LoadProgram", false, [&] {
+        if (presets_ == nullptr || index < 0 || index >= GetProgramCount())
+            return false;
+        presets_->Load(*presets_->factory().presets()[static_cast<size_t>(index)]);
+        return true;
+    });
+}
+
+void ZQuessaneAudioEffectPlugin::RequestProgram(int32_t index)
+{
+    if (index < 0 || index >= GetProgramCount())
+        return;
+    requestedProgram_.store(index, std::memory_order_release);
+    updates_.Request();
 }
 
 // ---------------------------------------------------------------- state

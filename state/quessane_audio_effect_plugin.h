@@ -18,6 +18,7 @@
 #include "modulation/audio_effect_plugin_to_audio_plugin_adapter.h"
 #include "state/abcd_morph.h"
 #include "state/automatic_gain_control.h"
+#include "state/preset_owners.h"
 #include "state/state_slots.h"
 
 #include <atomic>
@@ -55,6 +56,16 @@ public:
     bool agc() const { return agc_ != 0; }
     double agcGainDb() const { return gainControl_.gainDb(); }
 
+    // The plug-in's preset manager on the factory collection and the user's presets in
+    // userDataFolder (none when empty). Its factory presets are the host's programs.
+    void SetPresets(ZPresetCollection factory, const std::string& userDataFolder);
+    ZPluginPresetManager* presets() { return presets_.get(); }
+    int32_t GetProgramCount() override;
+    std::string GetProgramName(int32_t index) override;
+    int32_t GetCurrentProgram() override;
+    bool LoadProgram(int32_t index) override;
+    void RequestProgram(int32_t index) override;
+
     int slotParameterIndex() const { return slotParameter_; }
     // Axis 0 is u, axis 1 is v.
     int morphParameterIndex(int axis) const { return firstMorphParameter_ + axis; }
@@ -65,7 +76,10 @@ public:
     void HostChangedParameter(int32_t index) override;
     void InitProcessing() override;
     void ProcessSubBlock(float* const* inputs, float* const* outputs, int32_t sampleCount) override;
-    // Carries out the slot switch or pad move a host asked for, then hands the pending
+    // Wakes the update thread when the preset switch controller asked for a step.
+    void PrepareForProcessingOnce(float* const* inputs, float* const* outputs, int32_t sampleCount) override;
+    // Carries out the slot switch or pad move a host asked for, the program it asked for
+    // and the preset step of the preset switch controller, then hands the pending
     // automation to the host.
     void ProcessUpdate() override;
 
@@ -86,6 +100,9 @@ private:
     int slotParameter_ = -1;
     int firstMorphParameter_ = -1;
     std::atomic<bool> hostRequest_{false};
+    std::unique_ptr<ZPluginPresetManager> presets_;
+    std::vector<std::string> programNames_; // the factory presets' names, fixed once set
+    std::atomic<int32_t> requestedProgram_{-1};
     // Last, so that it stops before anything it uses goes.
     ZUpdateThread updates_{[this] { ProcessUpdate(); }};
 };

@@ -108,7 +108,16 @@ void ZAudioPluginVST3Adapter::addUnits()
 {
     String128 name;
     CopyToString128("Root", name);
-    addUnit(new Unit(name, kRootUnitId, kNoParentUnitId));
+    addUnit(new Unit(name, kRootUnitId, kNoParentUnitId, hasPrograms() ? kFactoryProgramList : kNoProgramListId));
+    if (hasPrograms()) {
+        CopyToString128("Factory presets", name);
+        auto* programs = new ProgramList(name, kFactoryProgramList, kRootUnitId);
+        for (int32_t program = 0; program < core_->GetProgramCount(); ++program) {
+            CopyToString128(core_->GetProgramName(program), name);
+            programs->addProgram(name);
+        }
+        addProgramList(programs);
+    }
     unitOf_.assign(static_cast<size_t>(core_->GetParameterCount()), kRootUnitId);
     UnitID current = kRootUnitId;
     for (int index = 0; index < core_->GetParameterCount(); ++index) {
@@ -247,7 +256,7 @@ int ZAudioPluginVST3Adapter::collectChanges(IParameterChanges* changes)
     const int32 queues = changes->getParameterCount();
     for (int32 q = 0; q < queues; ++q) {
         IParamValueQueue* queue = changes->getParameterData(q);
-        if (queue == nullptr || !isParameter(queue->getParameterId()))
+        if (queue == nullptr || (!isParameter(queue->getParameterId()) && queue->getParameterId() != kProgramParameter))
             continue;
         for (int32 p = 0; p < queue->getPointCount() && points_.size() < kMaxChangePoints; ++p) {
             int32 offset = 0;
@@ -263,10 +272,14 @@ int ZAudioPluginVST3Adapter::collectChanges(IParameterChanges* changes)
     return static_cast<int>(points_.size());
 }
 
-// The host's points give the shape of a change; each takes effect at its sample.
+// The host's points give the shape of a change; each takes effect at its sample. A
+// program change is loaded off the audio thread.
 void ZAudioPluginVST3Adapter::apply(const ChangePoint& point)
 {
-    core_->SetParameterAtBlockStart(static_cast<int32_t>(point.id), point.value);
+    if (point.id == kProgramParameter)
+        core_->RequestProgram(programAt(point.value));
+    else
+        core_->SetParameterAtBlockStart(static_cast<int32_t>(point.id), point.value);
 }
 
 // Cuts the block at its change points, so that each change takes effect at its sample.
@@ -419,6 +432,19 @@ bool ZAudioPluginVST3Adapter::isParameter(ParamID id)
     return id < static_cast<ParamID>(core_->GetParameterCount());
 }
 
+int32_t ZAudioPluginVST3Adapter::programAt(ParamValue normalized)
+{
+    const int32_t last = core_->GetProgramCount() - 1;
+    return static_cast<int32_t>(std::lround(std::clamp(normalized, 0.0, 1.0) * std::max(last, 0)));
+}
+
+int ZAudioPluginVST3Adapter::stepCountOf(ParamID id)
+{
+    if (id == kProgramParameter)
+        return std::max(core_->GetProgramCount() - 1, 0);
+    return isParameter(id) ? stepCountOf(static_cast<int>(id)) : 0;
+}
+
 int ZAudioPluginVST3Adapter::stepCountOf(int index)
 {
     switch (core_->GetParameterType(index)) {
@@ -438,15 +464,31 @@ int ZAudioPluginVST3Adapter::stepCountOf(int index)
 
 int32 PLUGIN_API ZAudioPluginVST3Adapter::getParameterCount()
 {
-    return Guarded("ZAudioPluginVST3Adapter::getParameterCount", int32{0}, [&] { return core_->GetParameterCount(); });
+    return Guarded("ZAudioPluginVST3Adapter::getParameterCount", int32{0},
+                   [&] { return core_->GetParameterCount() + (hasPrograms() ? 1 : 0); });
+}
+
+void ZAudioPluginVST3Adapter::programParameterInfo(ParameterInfo& info)
+{
+    info.id = kProgramParameter;
+    CopyToString128("Program", info.title);
+    CopyToString128("Program", info.shortTitle);
+    info.stepCount = stepCountOf(kProgramParameter);
+    info.defaultNormalizedValue = 0.0;
+    info.unitId = kRootUnitId;
+    info.flags = ParameterInfo::kIsProgramChange | ParameterInfo::kIsList;
 }
 
 tresult PLUGIN_API ZAudioPluginVST3Adapter::getParameterInfo(int32 index, ParameterInfo& info)
 {
     return Guarded("ZAudioPluginVST3Adapter::getParameterInfo", tresult{kResultFalse}, [&]() -> tresult {
+        info = ParameterInfo{};
+        if (index == core_->GetParameterCount() && hasPrograms()) {
+            programParameterInfo(info);
+            return kResultOk;
+        }
         if (index < 0 || !isParameter(static_cast<ParamID>(index)))
             return kInvalidArgument;
-        info = ParameterInfo{};
         info.id = static_cast<ParamID>(index);
         CopyToString128(core_->GetParameterName(index), info.title);
         CopyToString128(core_->GetParameterID(index), info.shortTitle);
@@ -470,7 +512,13 @@ tresult PLUGIN_API ZAudioPluginVST3Adapter::getParameterInfo(int32 index, Parame
 tresult PLUGIN_API ZAudioPluginVST3Adapter::getParamStringByValue(ParamID id, ParamValue normalized, String128 text)
 {
     return Guarded("ZAudioPluginVST3Adapter::getParamStringByValue", tresult{kResultFalse}, [&]() -> tresult {
-        if (!isParameter(id) || text == nullptr || !std::isfinite(normalized))
+        if (text == nullptr || !std::isfinite(normalized))
+            return kInvalidArgument;
+        if (id == kProgramParameter && hasPrograms()) {
+            CopyToString128(core_->GetProgramName(programAt(normalized)), text);
+            return kResultOk;
+        }
+        if (!isParameter(id))
             return kInvalidArgument;
         CopyToString128(core_->GetParameterValueNameFrom01(static_cast<int32_t>(id), std::clamp(normalized, 0.0, 1.0)), text);
         return kResultOk;
@@ -480,6 +528,15 @@ tresult PLUGIN_API ZAudioPluginVST3Adapter::getParamStringByValue(ParamID id, Pa
 tresult PLUGIN_API ZAudioPluginVST3Adapter::getParamValueByString(ParamID id, TChar* text, ParamValue& normalized)
 {
     return Guarded("ZAudioPluginVST3Adapter::getParamValueByString", tresult{kResultFalse}, [&]() -> tresult {
+        if (id == kProgramParameter && text != nullptr) {
+            const std::string name = ToUtf8(text);
+            for (int32_t program = 0; program < core_->GetProgramCount(); ++program)
+                if (core_->GetProgramName(program) == name) {
+                    normalized = static_cast<double>(program) / std::max(stepCountOf(kProgramParameter), 1);
+                    return kResultOk;
+                }
+            return kResultFalse;
+        }
         const ZValue* value = isParameter(id) ? core_->parameters().value(static_cast<int>(id)) : nullptr;
         if (value == nullptr || text == nullptr)
             return kInvalidArgument;
@@ -495,7 +552,7 @@ tresult PLUGIN_API ZAudioPluginVST3Adapter::getParamValueByString(ParamID id, TC
 ParamValue PLUGIN_API ZAudioPluginVST3Adapter::normalizedParamToPlain(ParamID id, ParamValue normalized)
 {
     return Guarded("ZAudioPluginVST3Adapter::normalizedParamToPlain", ParamValue{0.0}, [&] {
-        const int steps = isParameter(id) ? stepCountOf(static_cast<int>(id)) : 0;
+        const int steps = stepCountOf(id);
         return steps > 0 ? std::round(std::clamp(normalized, 0.0, 1.0) * steps) : normalized;
     });
 }
@@ -503,7 +560,7 @@ ParamValue PLUGIN_API ZAudioPluginVST3Adapter::normalizedParamToPlain(ParamID id
 ParamValue PLUGIN_API ZAudioPluginVST3Adapter::plainParamToNormalized(ParamID id, ParamValue plain)
 {
     return Guarded("ZAudioPluginVST3Adapter::plainParamToNormalized", ParamValue{0.0}, [&] {
-        const int steps = isParameter(id) ? stepCountOf(static_cast<int>(id)) : 0;
+        const int steps = stepCountOf(id);
         return steps > 0 ? std::clamp(plain / steps, 0.0, 1.0) : plain;
     });
 }
@@ -511,6 +568,8 @@ ParamValue PLUGIN_API ZAudioPluginVST3Adapter::plainParamToNormalized(ParamID id
 ParamValue PLUGIN_API ZAudioPluginVST3Adapter::getParamNormalized(ParamID id)
 {
     return Guarded("ZAudioPluginVST3Adapter::getParamNormalized", ParamValue{0.0}, [&] {
+        if (id == kProgramParameter)
+            return static_cast<double>(std::max(core_->GetCurrentProgram(), 0)) / std::max(stepCountOf(kProgramParameter), 1);
         return isParameter(id) ? core_->GetParameter(static_cast<int32_t>(id)) : 0.0;
     });
 }
@@ -521,6 +580,11 @@ ParamValue PLUGIN_API ZAudioPluginVST3Adapter::getParamNormalized(ParamID id)
 tresult PLUGIN_API ZAudioPluginVST3Adapter::setParamNormalized(ParamID id, ParamValue value)
 {
     return Guarded("ZAudioPluginVST3Adapter::setParamNormalized", tresult{kResultFalse}, [&]() -> tresult {
+        if (id == kProgramParameter && hasPrograms() && std::isfinite(value)) {
+            if (programAt(value) != core_->GetCurrentProgram())
+                core_->RequestProgram(programAt(value));
+            return kResultOk;
+        }
         if (!isParameter(id) || !std::isfinite(value))
             return kInvalidArgument;
         core_->SetParameterIfChanged(static_cast<int32_t>(id), std::clamp(value, 0.0, 1.0));

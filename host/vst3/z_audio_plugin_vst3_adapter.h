@@ -33,6 +33,10 @@ public:
     static constexpr int kMaxChangePoints = 4096;
     // Output samples at most this far from 0 (-160 dB) count as silence for the flags.
     static constexpr float kSilence = 1.0e-8f;
+    // The program change parameter that selects a factory preset, beyond the core's IDs,
+    // and its program list in the root unit.
+    static constexpr Steinberg::Vst::ParamID kProgramParameter = 0x10000;
+    static constexpr Steinberg::Vst::ProgramListID kFactoryProgramList = 1;
 
     // Takes ownership of the core.
     explicit ZAudioPluginVST3Adapter(std::unique_ptr<ZAudioPlugin> core);
@@ -94,8 +98,12 @@ private:
     };
 
     bool isParameter(Steinberg::Vst::ParamID id);
+    bool hasPrograms() { return core_->GetProgramCount() > 0; }
     int stepCountOf(int index);
+    int stepCountOf(Steinberg::Vst::ParamID id);
+    int32_t programAt(Steinberg::Vst::ParamValue normalized);
     void addUnits();
+    void programParameterInfo(Steinberg::Vst::ParameterInfo& info);
     void takeProcessContext(const Steinberg::Vst::ProcessContext* context);
     void takeEvents(Steinberg::Vst::IEventList* events);
     int collectChanges(Steinberg::Vst::IParameterChanges* changes);

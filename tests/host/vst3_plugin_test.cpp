@@ -33,6 +33,7 @@ constexpr ParamID kDepth = 1;   // "ReverbDepth"
 constexpr ParamID kTime = 9;    // "ReverbTime"
 constexpr ParamID kMode = 11;   // "ReverbMode", an enumeration
 constexpr ParamID kBypass = 35;
+constexpr ParamID kProgram = 0x10000;
 
 vst3host::Module& Module() { return vst3host::Module::Load(HALVERN_VST3_MODULE_PATH); }
 
@@ -193,7 +194,7 @@ TEST(VST3Plugin, BusesParametersUnitsAndMIDIMapping)
     EXPECT_EQ(instance.processor()->canProcessSampleSize(kSample64), kResultFalse);
 
     IEditController* controller = instance.controller();
-    ASSERT_EQ(controller->getParameterCount(), 51);
+    ASSERT_EQ(controller->getParameterCount(), 52); // the core's 51 and the program change
     ParameterInfo info;
     ASSERT_EQ(controller->getParameterInfo(0, info), kResultOk); // "Globals": a panel without a value
     EXPECT_NE(info.flags & ParameterInfo::kIsHidden, 0);
@@ -205,7 +206,10 @@ TEST(VST3Plugin, BusesParametersUnitsAndMIDIMapping)
     ASSERT_EQ(controller->getParameterInfo(static_cast<int32>(kBypass), info), kResultOk);
     EXPECT_NE(info.flags & ParameterInfo::kIsBypass, 0);
     EXPECT_EQ(info.stepCount, 1);
-    EXPECT_EQ(controller->getParameterInfo(51, info), kInvalidArgument);
+    ASSERT_EQ(controller->getParameterInfo(51, info), kResultOk);
+    EXPECT_EQ(info.id, kProgram);
+    EXPECT_NE(info.flags & ParameterInfo::kIsProgramChange, 0);
+    EXPECT_EQ(controller->getParameterInfo(52, info), kInvalidArgument);
 
     // Texts both ways through the value model.
     String128 text;
@@ -230,6 +234,19 @@ TEST(VST3Plugin, BusesParametersUnitsAndMIDIMapping)
         ASSERT_EQ(controller->getParameterInfo(i, info), kResultOk);
         EXPECT_LT(info.unitId, units->getUnitCount()) << i;
     }
+
+    // The factory presets are the root unit's program list and the program change's values.
+    ASSERT_EQ(units->getProgramListCount(), 1);
+    ProgramListInfo programs;
+    ASSERT_EQ(units->getProgramListInfo(0, programs), kResultOk);
+    EXPECT_GE(programs.programCount, 16);
+    UnitInfo root;
+    ASSERT_EQ(units->getUnitInfo(0, root), kResultOk);
+    EXPECT_EQ(root.programListId, programs.id);
+    String128 programName;
+    ASSERT_EQ(units->getProgramName(programs.id, 1, programName), kResultOk);
+    ASSERT_EQ(controller->getParamStringByValue(kProgram, 1.0 / (programs.programCount - 1), text), kResultOk);
+    EXPECT_EQ(std::u16string(reinterpret_cast<char16_t*>(text)), std::u16string(reinterpret_cast<char16_t*>(programName)));
 
     // No controller is assigned in a new instance.
     FUnknownPtr<IMidiMapping> mapping(controller);
@@ -336,6 +353,32 @@ TEST(VST3Plugin, ASlotSwitchAskedByTheHostIsReportedBack)
     }
     EXPECT_DOUBLE_EQ(reported.last(kDepth), info.defaultNormalizedValue);
     EXPECT_DOUBLE_EQ(instance.controller()->getParamNormalized(kDepth), info.defaultNormalizedValue);
+}
+
+TEST(VST3Plugin, AProgramChangeLoadsTheFactoryPresetOffTheAudioThread)
+{
+    Instance instance(Factory());
+    ASSERT_EQ(instance.start(48000.0, 256), kResultOk);
+    ParameterInfo program;
+    ASSERT_EQ(instance.controller()->getParameterInfo(51, program), kResultOk);
+    const double last = 1.0; // the last factory preset
+    String128 name;
+    ASSERT_EQ(instance.controller()->getParamStringByValue(kProgram, last, name), kResultOk);
+    const std::vector<uint8_t> before = instance.state();
+
+    ParameterChanges change;
+    change.add(kProgram, 0, last);
+    Channels in = Silence(2, 256), out = Silence(2, 256);
+    ASSERT_EQ(instance.process(in, out, &change), kResultOk);
+    ParameterChanges reported;
+    for (int block = 0; block < 200 && reported.last(kTime) < 0.0; ++block) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        in = Silence(2, 256);
+        ASSERT_EQ(instance.process(in, out, nullptr, &reported), kResultOk);
+    }
+    EXPECT_DOUBLE_EQ(instance.controller()->getParamNormalized(kProgram), last);
+    EXPECT_DOUBLE_EQ(reported.last(kTime), instance.controller()->getParamNormalized(kTime));
+    EXPECT_NE(instance.state(), before);
 }
 
 TEST(VST3Plugin, MonoBusesCarryTheLeftChannelOfTheStereoPath)
