@@ -1,13 +1,16 @@
 #include "tools/core_render_target.h"
 
+#include "presets/factory_presets.h"
 #include "reverb/halvern_audio_effect_plugin.h"
 #include "state/quessane_audio_effect_plugin.h"
 
 namespace halvern::tools {
 
 CoreRenderTarget::CoreRenderTarget()
-    : core_(std::make_unique<ZQuessaneAudioEffectPlugin>(std::make_unique<HalvernAudioEffectPlugin>()))
 {
+    auto core = std::make_unique<ZQuessaneAudioEffectPlugin>(std::make_unique<HalvernAudioEffectPlugin>());
+    core->SetPresets(ZPresetCollection::ReadBlock(FactoryPresetBlock()), "");
+    core_ = std::move(core);
 }
 
 int CoreRenderTarget::parameterCount() { return core_->GetParameterCount(); }

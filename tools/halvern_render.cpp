@@ -20,8 +20,7 @@
 //                   point as a host loads it, instead of the reverb built into the
 //                   program; --set then takes the plug-in's parameter names
 
-#include "presets/factory_presets.h"
-#include "state/preset_owners.h"
+#include "modulation/audio_effect_plugin_to_audio_plugin_adapter.h"
 #include "tools/audio_file.h"
 #include "tools/impulse_analysis.h"
 #include "tools/render_session.h"
@@ -100,12 +99,11 @@ Options parse(int argc, char** argv)
 
 void loadFactoryPreset(RenderSession& session, const std::string& name)
 {
-    using namespace halvern;
-    ZPluginPresetManager manager(ZPluginPresetOwner(session.core()), "",
-                                 ZPresetCollection::ReadBlock(FactoryPresetBlock()));
-    for (const ZMLElement* preset : manager.factory().presets())
-        if (preset->getAttribute(kPresetName) == name) {
-            manager.Load(*preset);
+    halvern::ZAudioPlugin& core = session.core();
+    for (int32_t program = 0; program < core.GetProgramCount(); ++program)
+        if (core.GetProgramName(program) == name) {
+            if (!core.LoadProgram(program))
+                throw std::runtime_error("the factory preset \"" + name + "\" does not load");
             return;
         }
     throw std::runtime_error("there is no factory preset named \"" + name + "\"");
