@@ -116,6 +116,18 @@ double ZAudioPlugin::ParseParameterValueName(int32_t index, const std::string& t
     });
 }
 
+bool ZAudioPlugin::SetParameterFromDisplayText(int32_t index, const std::string& text)
+{
+    return Guarded("ZAudioPlugin::SetParameterFromDisplayText", false, [&] {
+        const ZValue* value = parameters().value(index);
+        double normalized = 0.0;
+        if (value == nullptr || !value->normalizedFromDisplayText(text, normalized))
+            return false;
+        SetParameter(index, normalized);
+        return true;
+    });
+}
+
 std::string ZAudioPlugin::GetParameterUnitsName(int32_t index)
 {
     return Guarded("ZAudioPlugin::GetParameterUnitsName", std::string(), [&] { return parameters().info(index).units; });

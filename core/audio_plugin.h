@@ -69,6 +69,9 @@ public:
     virtual std::string GetParameterValueName(int32_t index);
     virtual std::string GetParameterValueNameFrom01(int32_t index, double value);
     virtual double ParseParameterValueName(int32_t index, const std::string& text);
+    // Sets a parameter from a text in its display units; false, changing nothing, when
+    // the text is not a value of the parameter.
+    bool SetParameterFromDisplayText(int32_t index, const std::string& text);
     virtual std::string GetParameterUnitsName(int32_t index);
     virtual ZParameterType GetParameterType(int32_t index);
     virtual double GetParameterDefaultValue(int32_t index);

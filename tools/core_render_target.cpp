@@ -19,12 +19,7 @@ std::string CoreRenderTarget::parameterKey(int index) { return core_->GetParamet
 
 bool CoreRenderTarget::setFromText(int index, const std::string& text)
 {
-    const ZValue* value = core_->parameters().value(index);
-    double normalized = 0.0;
-    if (value == nullptr || !value->normalizedFromDisplayText(text, normalized))
-        return false;
-    core_->SetParameter(index, normalized);
-    return true;
+    return core_->SetParameterFromDisplayText(index, text);
 }
 
 void CoreRenderTarget::setNormalized(int index, double normalized) { core_->SetParameter(index, normalized); }

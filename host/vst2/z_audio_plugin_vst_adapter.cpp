@@ -123,14 +123,7 @@ bool ZAudioPluginVSTAdapter::string2parameter(VstInt32 index, char* text)
     return Guarded("ZAudioPluginVSTAdapter::string2parameter", false, [&] {
         if (index < 0 || index >= core_->GetParameterCount())
             return false;
-        if (text == nullptr)
-            return true;
-        const ZValue* value = core_->parameters().value(index);
-        double normalized = 0.0;
-        if (value == nullptr || !value->normalizedFromDisplayText(text, normalized))
-            return false;
-        core_->SetParameter(index, normalized);
-        return true;
+        return text == nullptr || core_->SetParameterFromDisplayText(index, text);
     });
 }
 

@@ -2,18 +2,12 @@
 // builds an instance (effect, core, adapter) for a host.
 
 #include "core/exception_frame.h"
-#include "core/trace.h"
-#include "core/z_exception.h"
-#include "host/library_module.h"
+#include "host/instance_creation.h"
 #include "host/plugin_exports.h"
 #include "host/vst3/vst3_plugin_factory.h"
 #include "host/vst3/z_audio_plugin_vst3_adapter.h"
 
 #include <pluginterfaces/vst/ivstaudioprocessor.h>
-
-#include <exception>
-#include <memory>
-#include <new>
 
 namespace {
 
@@ -27,24 +21,8 @@ const FUID kClassID(0x51756573, 0x73616E65, 0x5A416572, 0x5A416572);
 
 FUnknown* CreateVST3Instance(void*)
 {
-    using namespace halvern;
-    try {
-        EnsureModuleInstance();
-        std::unique_ptr<ZAudioPlugin> core(CreatePluginCore());
-        if (!core)
-            return nullptr;
-        auto* adapter = new (std::nothrow) ZAudioPluginVST3Adapter(std::move(core));
-        if (adapter == nullptr)
-            Trace("Error creating Vst plugin object.", kLocation);
-        return adapter != nullptr ? static_cast<Vst::IAudioProcessor*>(adapter) : nullptr;
-    } catch (const ZException&) {
-        return nullptr;
-    } catch (const std::exception& error) {
-        ReportSystemException(error.what(), kLocation);
-    } catch (...) {
-        ReportSystemException("unknown exception", kLocation);
-    }
-    return nullptr;
+    auto* adapter = halvern::CreateInstance<halvern::ZAudioPluginVST3Adapter>(kLocation);
+    return adapter != nullptr ? static_cast<Vst::IAudioProcessor*>(adapter) : nullptr;
 }
 
 const PClassInfo2& ClassRecord()
