@@ -117,6 +117,19 @@ private:
     AEffect* effect_;
 };
 
+// Processes silent blocks of 256 until the plug-in reports a change of id (work done off
+// the audio thread shows in a later block), for at most a second.
+ParameterChanges ReportsOf(Instance& instance, ParamID id)
+{
+    ParameterChanges reported;
+    for (int block = 0; block < 200 && reported.last(id) < 0.0; ++block) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        Channels in = Silence(2, 256), out = Silence(2, 256);
+        instance.process(in, out, nullptr, &reported);
+    }
+    return reported;
+}
+
 bool Clean(const Channels& channels)
 {
     for (const auto& channel : channels)
@@ -345,12 +358,7 @@ TEST(VST3Plugin, ASlotSwitchAskedByTheHostIsReportedBack)
     Channels in = Silence(2, 256), out = Silence(2, 256);
     ASSERT_EQ(instance.process(in, out, &toSlotB), kResultOk);
     // The switch runs off the audio thread; the next blocks report what it changed.
-    ParameterChanges reported;
-    for (int block = 0; block < 200 && reported.last(kDepth) < 0.0; ++block) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        in = Silence(2, 256);
-        ASSERT_EQ(instance.process(in, out, nullptr, &reported), kResultOk);
-    }
+    ParameterChanges reported = ReportsOf(instance, kDepth);
     EXPECT_DOUBLE_EQ(reported.last(kDepth), info.defaultNormalizedValue);
     EXPECT_DOUBLE_EQ(instance.controller()->getParamNormalized(kDepth), info.defaultNormalizedValue);
 }
@@ -370,12 +378,7 @@ TEST(VST3Plugin, AProgramChangeLoadsTheFactoryPresetOffTheAudioThread)
     change.add(kProgram, 0, last);
     Channels in = Silence(2, 256), out = Silence(2, 256);
     ASSERT_EQ(instance.process(in, out, &change), kResultOk);
-    ParameterChanges reported;
-    for (int block = 0; block < 200 && reported.last(kTime) < 0.0; ++block) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        in = Silence(2, 256);
-        ASSERT_EQ(instance.process(in, out, nullptr, &reported), kResultOk);
-    }
+    ParameterChanges reported = ReportsOf(instance, kTime);
     EXPECT_DOUBLE_EQ(instance.controller()->getParamNormalized(kProgram), last);
     EXPECT_DOUBLE_EQ(reported.last(kTime), instance.controller()->getParamNormalized(kTime));
     EXPECT_NE(instance.state(), before);
