@@ -398,6 +398,7 @@ TEST(VST3Plugin, MonoBusesCarryTheLeftChannelOfTheStereoPath)
 TEST(VST3Plugin, SuspendResumeAndReinitialiseKeepWorking)
 {
     const Channels input = Noise(2, 2048, 4);
+    Steinberg::Vst::HostApplication host; // outlives the instance that holds it
     Instance instance(Factory());
     for (int round = 0; round < 3; ++round) {
         ASSERT_EQ(instance.start(48000.0, 512), kResultOk);
@@ -410,7 +411,6 @@ TEST(VST3Plugin, SuspendResumeAndReinitialiseKeepWorking)
     EXPECT_EQ(instance.processor()->setupProcessing(setup), kResultFalse);
     instance.stop();
     ASSERT_EQ(instance.component()->terminate(), kResultOk);
-    Steinberg::Vst::HostApplication host;
     ASSERT_EQ(instance.component()->initialize(static_cast<IHostApplication*>(&host)), kResultOk);
     EXPECT_EQ(instance.component()->getBusCount(kAudio, kInput), 1);
     ASSERT_EQ(instance.start(96000.0, 1024), kResultOk);
