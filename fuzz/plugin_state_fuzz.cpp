@@ -4,10 +4,10 @@
 // it explores the inflater. Whatever loads must save, reload and save again to the same
 // bytes, and the instance must then process a block into finite samples.
 
-#include "modulation/audio_effect_plugin_to_audio_plugin_adapter.h"
-#include "reverb/halvern_audio_effect_plugin.h"
 #include "core/z_exception.h"
+#include "reverb/halvern_audio_effect_plugin.h"
 #include "state/plugin_state_block.h"
+#include "state/quessane_audio_effect_plugin.h"
 
 #include <zlib.h>
 
@@ -27,7 +27,7 @@ constexpr int kBlock = 256;
 ZAudioEffectPluginToAudioPluginAdapter& Instance()
 {
     static auto core = [] {
-        auto made = std::make_unique<ZAudioEffectPluginToAudioPluginAdapter>(
+        auto made = std::make_unique<halvern::ZQuessaneAudioEffectPlugin>(
             std::make_unique<halvern::HalvernAudioEffectPlugin>());
         made->SetSampleRate(48000.0);
         made->SetMaxBlockSize(kBlock);
