@@ -54,6 +54,8 @@ public:
     Steinberg::tresult PLUGIN_API getState(Steinberg::IBStream* state) SMTG_OVERRIDE { return saveComponentState(state); }
 
 protected:
+    bool active() const { return active_; }
+
     // The component's state; named apart from the edit controller's setState/getState,
     // which a class that is both must keep separate.
     virtual Steinberg::tresult saveComponentState(Steinberg::IBStream*) { return Steinberg::kNotImplemented; }

@@ -176,7 +176,12 @@ tresult PLUGIN_API ZAudioPluginVST3Adapter::process(ProcessData& data)
         const int changeCount = collectChanges(data.inputParameterChanges);
         const bool hasAudio = data.numSamples > 0 && data.numOutputs > 0 && data.outputs != nullptr &&
                               data.outputs[0].channelBuffers32 != nullptr && data.outputs[0].numChannels > 0;
-        if (hasAudio) {
+        if (hasAudio && !active()) {
+            // Not activated: nothing is prepared to process with, so the block is silent.
+            for (int i = 0; i < changeCount; ++i)
+                apply(points_[static_cast<size_t>(i)]);
+            clearOutputs(data);
+        } else if (hasAudio) {
             processAudio(data, changeCount);
         } else {
             // A flush: no audio, only parameter changes to take over.
@@ -307,12 +312,13 @@ void ZAudioPluginVST3Adapter::processAudio(ProcessData& data, int changeCount)
         flagSilence(data.outputs[bus], n);
 }
 
-// A missing input reads silence and a mono output's second channel goes to scratch; both
-// buffers hold the longest block the host announced, so longer segments go in pieces.
+// A missing input channel reads silence and a missing output channel (the second of a
+// mono bus) goes to scratch; both buffers hold the longest block the host announced, so
+// longer segments go in pieces.
 void ZAudioPluginVST3Adapter::processSegment(float* const* inputs, float* const* outputs, int offset, int length)
 {
-    const bool needsSilence = inputs[0] == nullptr;
-    const bool needsScratch = outputs[1] == nullptr;
+    const bool needsSilence = inputs[0] == nullptr || inputs[1] == nullptr;
+    const bool needsScratch = outputs[0] == nullptr || outputs[1] == nullptr;
     const int piece = needsSilence || needsScratch ? std::max(static_cast<int>(scratch_.size()), 1) : length;
     for (int done = 0; done < length;) {
         const int n = std::min(piece, length - done);
@@ -320,7 +326,7 @@ void ZAudioPluginVST3Adapter::processSegment(float* const* inputs, float* const*
         float* in[2];
         float* out[2];
         for (int channel = 0; channel < 2; ++channel) {
-            in[channel] = needsSilence ? silence_.data() : inputs[channel] + at;
+            in[channel] = inputs[channel] != nullptr ? inputs[channel] + at : silence_.data();
             out[channel] = outputs[channel] != nullptr ? outputs[channel] + at : scratch_.data();
         }
         if (needsSilence)
@@ -328,6 +334,16 @@ void ZAudioPluginVST3Adapter::processSegment(float* const* inputs, float* const*
         core_->ProcessBlock(in, out, n, true);
         done += n;
     }
+}
+
+void ZAudioPluginVST3Adapter::clearOutputs(ProcessData& data)
+{
+    for (int32 bus = 0; bus < data.numOutputs; ++bus)
+        for (int32 channel = 0; channel < data.outputs[bus].numChannels; ++channel)
+            if (float* x = data.outputs[bus].channelBuffers32 != nullptr ? data.outputs[bus].channelBuffers32[channel] : nullptr)
+                std::fill(x, x + data.numSamples, 0.0f);
+    for (int32 bus = 0; bus < data.numOutputs; ++bus)
+        flagSilence(data.outputs[bus], data.numSamples);
 }
 
 // Channels whose whole block is silent are cleared and flagged, so the host may skip them.

@@ -111,6 +111,7 @@ private:
     void processAudio(Steinberg::Vst::ProcessData& data, int changeCount);
     void processSegment(float* const* inputs, float* const* outputs, int offset, int length);
     static void flagSilence(Steinberg::Vst::AudioBusBuffers& bus, int samples);
+    static void clearOutputs(Steinberg::Vst::ProcessData& data);
     void reportChanges(Steinberg::Vst::IParameterChanges* changes);
 
     static constexpr double kNotPending = -1.0;

@@ -384,6 +384,32 @@ TEST(VST3Plugin, AProgramChangeLoadsTheFactoryPresetOffTheAudioThread)
     EXPECT_NE(instance.state(), before);
 }
 
+TEST(VST3Plugin, ProcessingBeforeActivationOrWithMissingChannelsIsHarmless)
+{
+    Instance instance(Factory());
+    Channels in = Noise(2, 300, 9), out(2, std::vector<float>(300, 7.0f));
+    uint64 flags = 0;
+    ASSERT_EQ(instance.process(in, out, nullptr, nullptr, 0, &flags), kResultOk); // never activated
+    EXPECT_EQ(out, Silence(2, 300));
+    EXPECT_EQ(flags, 3u);
+
+    ASSERT_EQ(instance.start(48000.0, 256), kResultOk);
+    float* inputs[2] = {in[0].data(), nullptr};
+    float* outputs[2] = {out[0].data(), nullptr};
+    AudioBusBuffers inputBus{}, outputBus{};
+    inputBus.numChannels = outputBus.numChannels = 2;
+    inputBus.channelBuffers32 = inputs;
+    outputBus.channelBuffers32 = outputs;
+    ProcessData data{};
+    data.symbolicSampleSize = kSample32;
+    data.numSamples = 300; // longer than announced, too
+    data.numInputs = data.numOutputs = 1;
+    data.inputs = &inputBus;
+    data.outputs = &outputBus;
+    EXPECT_EQ(instance.processor()->process(data), kResultOk);
+    EXPECT_TRUE(Clean(Channels{out[0]}));
+}
+
 TEST(VST3Plugin, MonoBusesCarryTheLeftChannelOfTheStereoPath)
 {
     const Channels mono = Noise(1, 3000, 3);
