@@ -73,6 +73,8 @@ public:
 
     // Audio thread: a change that the host has to be told about (modulators, slots).
     void markForHost(int index);
+    // Whether a flagged change waits to be sent.
+    bool hasMarked() const { return anyMarked_.load(std::memory_order_acquire); }
     // Any thread but the audio thread: hands each flagged parameter to send(index, value).
     void sendMarked(const std::function<void(int, double)>& send);
 

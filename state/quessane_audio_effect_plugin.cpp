@@ -143,7 +143,7 @@ void ZQuessaneAudioEffectPlugin::HostChangedParameter(int32_t index)
 void ZQuessaneAudioEffectPlugin::PrepareForProcessingOnce(float* const* inputs, float* const* outputs, int32_t sampleCount)
 {
     ZAudioEffectPluginToAudioPluginAdapter::PrepareForProcessingOnce(inputs, outputs, sampleCount);
-    if (HasPresetStep())
+    if (HasPresetStep() || parameters().hasMarked())
         updates_.Request();
 }
 

@@ -76,7 +76,8 @@ public:
     void HostChangedParameter(int32_t index) override;
     void InitProcessing() override;
     void ProcessSubBlock(float* const* inputs, float* const* outputs, int32_t sampleCount) override;
-    // Wakes the update thread when the preset switch controller asked for a step.
+    // Wakes the update thread when the preset switch controller asked for a step or when
+    // changes made inside the plug-in (modulators, MIDI controllers) wait for the host.
     void PrepareForProcessingOnce(float* const* inputs, float* const* outputs, int32_t sampleCount) override;
     // Carries out the slot switch or pad move a host asked for, the program it asked for
     // and the preset step of the preset switch controller, then hands the pending

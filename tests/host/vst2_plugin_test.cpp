@@ -38,6 +38,7 @@ using DllFunction = bool (*)();
 using Channels = std::vector<std::vector<float>>;
 
 std::atomic<int> ioChangedCalls{0};
+std::atomic<int> automateCalls{0};
 
 // A VST 2.4 host: version 2400, a running transport at 48 kHz; other requests answer 0.
 VstIntPtr HostCallback(AEffect*, int opcode, int, VstIntPtr, void*, float)
@@ -52,6 +53,8 @@ VstIntPtr HostCallback(AEffect*, int opcode, int, VstIntPtr, void*, float)
     }();
     if (opcode == audioMasterIOChanged)
         ++ioChangedCalls;
+    if (opcode == audioMasterAutomate)
+        ++automateCalls;
     if (opcode == audioMasterVersion)
         return 2400;
     return opcode == audioMasterGetTime ? reinterpret_cast<VstIntPtr>(&time) : 0;
@@ -399,6 +402,21 @@ TEST_F(VST2Plugin, ImpulseLeavesAReverbTailAndARateOf44HzIsNotTaken)
     instance.dispatch(effSetSampleRate, 0, 0, nullptr, 96000.0f);
     EXPECT_GT(instance.dispatch(effGetTailSize), tail);
     EXPECT_TRUE(AllFinite(RenderImpulse(instance, 2, 8, 512)));
+}
+
+TEST_F(VST2Plugin, ModulatorMovesReachTheHostAsAutomation)
+{
+    Instance instance;
+    instance.prepare(48000.0f, 512);
+    RenderImpulse(instance, 2, 4, 512);
+    const int before = automateCalls;
+    instance.setParameter("LFO1Enabled", 1.0f);
+    instance.setParameter("LFO1Amount", 1.0f);
+    for (int round = 0; round < 50 && automateCalls == before; ++round) {
+        RenderImpulse(instance, 2, 4, 512);
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    EXPECT_GT(automateCalls, before) << "the LFO's target never reached the host";
 }
 
 TEST_F(VST2Plugin, SpeakerArrangementsWithinTheChannelCounts)
