@@ -39,6 +39,11 @@ bool ParseWithUnits(std::string_view text, std::initializer_list<std::pair<std::
 
 } // namespace
 
+std::string FormatOnOff(int on)
+{
+    return on != 0 ? "On" : "Off";
+}
+
 std::string FormatPercent(double fraction)
 {
     return ZFormat("{0;.1} %").arg(fraction * 100.0).text();

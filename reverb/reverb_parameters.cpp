@@ -9,15 +9,6 @@
 #include <string>
 
 namespace halvern {
-namespace {
-
-std::string onOff(int on)
-{
-    return on != 0 ? "On" : "Off";
-}
-
-} // namespace
-
 ZReverbParameters::ZReverbParameters(ZEqualizerProcessorPlugin& equalizer)
 {
     using namespace reverb_help;
@@ -46,7 +37,7 @@ ZReverbParameters::ZReverbParameters(ZEqualizerProcessorPlugin& equalizer)
     addNumber("ModulationFrequency", "Modulation freq", &s.modulationFrequency, -1.0, 0.0, 0.01, kModulationFrequency,
               Display::Frequency);
     auto gate = std::make_unique<ZValueInt>(&s.gateEnabled, 0, 1, 0, 1);
-    gate->setFormatter(onOff);
+    gate->setFormatter(FormatOnOff);
     addValue("Gate", "Gate", ZParameterType::Switch, kGate, std::move(gate));
     addNumber("threshold1", "Threshold", &s.threshold, -80.0, 0.0, 0.1, kThreshold1, Display::Decibels);
     addNumber("gatesize", "Size", &s.gateSize, 0.0, 24.0, 0.1, kGatesize, Display::Decibels);

@@ -1,6 +1,7 @@
 #include "state/quessane_audio_effect_plugin.h"
 
 #include "core/exception_frame.h"
+#include "core/value_displays.h"
 #include "core/z_format.h"
 #include "state/serialization_context.h"
 
@@ -57,6 +58,8 @@ void ZQuessaneAudioEffectPlugin::registerParameters()
     firstMorphParameter_ =
         parameters().add({"ABCDMorphingU", "ABCD morphing U", "", ZParameterType::Float, "", true, false}, &morph_.axis(0));
     parameters().add({"ABCDMorphingV", "ABCD morphing V", "", ZParameterType::Float, "", true, false}, &morph_.axis(1));
+    agcValue_.setFormatter(FormatOnOff);
+    agcParameter_ = parameters().add({"AGC", "AGC", "", ZParameterType::Switch, "", true, false}, &agcValue_);
 }
 
 // ---------------------------------------------------------------- slots
@@ -238,8 +241,6 @@ void ZQuessaneAudioEffectPlugin::SetAGC(bool on)
 
 void ZQuessaneAudioEffectPlugin::setAGCUnlocked(bool on)
 {
-    if (on && agc_ == 0)
-        gainControl_.reset();
     agc_ = on ? 1 : 0;
 }
 
@@ -254,10 +255,14 @@ void ZQuessaneAudioEffectPlugin::InitProcessing()
 
 void ZQuessaneAudioEffectPlugin::ProcessSubBlock(float* const* inputs, float* const* outputs, int32_t n)
 {
-    if (agc_ == 0) {
+    const bool switchedOn = agc_ != 0 && !agcRunning_;
+    agcRunning_ = agc_ != 0;
+    if (!agcRunning_) {
         ZAudioEffectPluginToAudioPluginAdapter::ProcessSubBlock(inputs, outputs, n);
         return;
     }
+    if (switchedOn)
+        gainControl_.reset();
     gainControl_.takeInput(inputs, std::min(channelsPerBus(), inputChannelCount()), n);
     ZAudioEffectPluginToAudioPluginAdapter::ProcessSubBlock(inputs, outputs, n);
     gainControl_.process(outputs, GetOutputBusCount() * channelsPerBus(), n);

@@ -4,7 +4,7 @@
 // in, with eight A-H state slots, ABCD morphing over slots A-D and the "AGC".
 //
 // Host-visible parameters appended after the modulator host's: "AH" (the requested slot,
-// eight steps shown as A to H), then the morph pad's u and v.
+// eight steps shown as A to H), the morph pad's u and v, then the "AGC" switch.
 //
 // Threads. A slot switch stores and reads markup, which allocates, so it never runs on
 // the audio thread. A host's change of "AH" or of the pad is recorded like any other
@@ -15,6 +15,7 @@
 // Morph table: A-D's values as last stored or read, refreshed on leaving or entering a slot and after a host state load.
 
 #include "core/update_thread.h"
+#include "core/z_value_number.h"
 #include "modulation/audio_effect_plugin_to_audio_plugin_adapter.h"
 #include "state/abcd_morph.h"
 #include "state/automatic_gain_control.h"
@@ -67,6 +68,7 @@ public:
     void RequestProgram(int32_t index) override;
 
     int slotParameterIndex() const { return slotParameter_; }
+    int agcParameterIndex() const { return agcParameter_; }
     // Axis 0 is u, axis 1 is v.
     int morphParameterIndex(int axis) const { return firstMorphParameter_ + axis; }
 
@@ -97,7 +99,10 @@ private:
     ZStateSlots slots_{*this};
     ZABCDMorph morph_;
     ZAutomaticGainControl gainControl_;
-    uint8_t agc_ = 0;
+    int32_t agc_ = 0;
+    bool agcRunning_ = false; // the audio thread's view: the control starts afresh when switched on
+    ZValueInt agcValue_{&agc_, 0, 1, 0, 1};
+    int agcParameter_ = -1;
     int slotParameter_ = -1;
     int firstMorphParameter_ = -1;
     std::atomic<bool> hostRequest_{false};

@@ -319,7 +319,7 @@ TEST_F(VST2Plugin, AnnouncesIdentityChannelsAndTheCoresParameters)
     std::unique_ptr<halvern::ZAudioPlugin> core(halvern::CreatePluginCore());
     ASSERT_NE(core, nullptr);
     ASSERT_EQ(effect->numParams, core->GetParameterCount());
-    EXPECT_EQ(effect->numParams, 51);
+    EXPECT_EQ(effect->numParams, 52);
     for (VstInt32 i = 0; i < effect->numParams; ++i) {
         SCOPED_TRACE("parameter " + std::to_string(i));
         EXPECT_FALSE(core->GetParameterID(i).empty());
@@ -334,6 +334,8 @@ TEST_F(VST2Plugin, AnnouncesIdentityChannelsAndTheCoresParameters)
     EXPECT_EQ(instance.text(effGetParamDisplay, 48), "A");
     EXPECT_EQ(instance.text(effGetParamName, 49), "ABCDMorphingU");
     EXPECT_EQ(instance.text(effGetParamName, 50), "ABCDMorphingV");
+    EXPECT_EQ(instance.text(effGetParamName, 51), "AGC");
+    EXPECT_EQ(instance.text(effGetParamDisplay, 51), "Off");
     EXPECT_EQ(instance.text(effGetParamName, effect->numParams), "");
     EXPECT_EQ(instance.text(effGetParamName, -1), "");
 }

@@ -207,7 +207,7 @@ TEST(VST3Plugin, BusesParametersUnitsAndMIDIMapping)
     EXPECT_EQ(instance.processor()->canProcessSampleSize(kSample64), kResultFalse);
 
     IEditController* controller = instance.controller();
-    ASSERT_EQ(controller->getParameterCount(), 52); // the core's 51 and the program change
+    ASSERT_EQ(controller->getParameterCount(), 53); // the core's 52 and the program change
     ParameterInfo info;
     ASSERT_EQ(controller->getParameterInfo(0, info), kResultOk); // "Globals": a panel without a value
     EXPECT_NE(info.flags & ParameterInfo::kIsHidden, 0);
@@ -219,10 +219,10 @@ TEST(VST3Plugin, BusesParametersUnitsAndMIDIMapping)
     ASSERT_EQ(controller->getParameterInfo(static_cast<int32>(kBypass), info), kResultOk);
     EXPECT_NE(info.flags & ParameterInfo::kIsBypass, 0);
     EXPECT_EQ(info.stepCount, 1);
-    ASSERT_EQ(controller->getParameterInfo(51, info), kResultOk);
+    ASSERT_EQ(controller->getParameterInfo(52, info), kResultOk);
     EXPECT_EQ(info.id, kProgram);
     EXPECT_NE(info.flags & ParameterInfo::kIsProgramChange, 0);
-    EXPECT_EQ(controller->getParameterInfo(52, info), kInvalidArgument);
+    EXPECT_EQ(controller->getParameterInfo(53, info), kInvalidArgument);
 
     // Texts both ways through the value model.
     String128 text;
@@ -367,8 +367,6 @@ TEST(VST3Plugin, AProgramChangeLoadsTheFactoryPresetOffTheAudioThread)
 {
     Instance instance(Factory());
     ASSERT_EQ(instance.start(48000.0, 256), kResultOk);
-    ParameterInfo program;
-    ASSERT_EQ(instance.controller()->getParameterInfo(51, program), kResultOk);
     const double last = 1.0; // the last factory preset
     String128 name;
     ASSERT_EQ(instance.controller()->getParamStringByValue(kProgram, last, name), kResultOk);

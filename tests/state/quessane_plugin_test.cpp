@@ -282,6 +282,16 @@ TEST_F(AGC, OffByDefaultOnItPullsLoudOutputToTheInputsLoudnessWithinSeconds)
     EXPECT_NEAR(run(4.0, -30.0), 20.0 - 20.0 * (1.0 - std::exp(-5.0)), 0.05);
 }
 
+TEST_F(AGC, AHostSwitchesItThroughItsParameter)
+{
+    ASSERT_EQ(core.GetParameterID(core.agcParameterIndex()), "AGC");
+    core.SetParameter(core.agcParameterIndex(), 1.0);
+    run(0.1, -30.0); // taken over at the next block
+    EXPECT_TRUE(core.agc());
+    EXPECT_EQ(core.GetParameterValueName(core.agcParameterIndex()), "On");
+    EXPECT_LT(run(1.0, -30.0), 19.0) << "the control does not act";
+}
+
 TEST_F(AGC, GainStaysWithin24Decibels)
 {
     core.SetAGC(true);
