@@ -468,7 +468,7 @@ TEST(VST3Plugin, VariableBlocksAndEveryRateGiveCleanOutput)
         ASSERT_TRUE(Clean(out)) << size;
     }
     for (double rate : {44100.0, 48000.0, 96000.0})
-        for (int block : {64, 1024}) {
+        for (int block : {64, 256, 1024}) {
             Instance instance(Factory());
             ParameterChanges settings;
             settings.add(kDepth, 0, 1.0);
