@@ -2,7 +2,9 @@
 // its factory and the SDK's interfaces. The same module also carries the VST 2.4 entry,
 // which serves as the reference for audio and state.
 
+#include "host/plugin_exports.h"
 #include "host/vst2/vst2_abi.h"
+#include "host/z_module.h"
 #include "vst3_test_host.h"
 
 #include <gtest/gtest.h>
@@ -180,6 +182,34 @@ TEST(VST3Factory, AnnouncesTheMakerAndOneClassAndIsOneObject)
     void* object = nullptr;
     EXPECT_NE(first->createInstance("NotOurClassIDxxx", IComponent::iid, &object), kResultOk);
     EXPECT_EQ(object, nullptr);
+}
+
+// The module instance's name after ZLibraryDLLInitialize offered it givenName.
+std::string ModuleName(const char* givenName)
+{
+    using Initialize = halvern::ZModule* (*)(const halvern::ZLibrarySettings*);
+    const auto initialize = reinterpret_cast<Initialize>(dlsym(Module().handle, "ZLibraryDLLInitialize"));
+    const halvern::ZLibrarySettings settings{nullptr, 0, givenName};
+    const halvern::ZModule* module = initialize(&settings);
+    return module != nullptr ? module->name() : "<no module>";
+}
+
+TEST(VST3Plugin, ModuleLivesAsLongAsAnInstance)
+{
+    auto first = std::make_unique<Instance>(Factory());
+    auto second = std::make_unique<Instance>(Factory());
+    const std::string builtName = ModuleName("alpha"); // an existing module keeps its name
+    EXPECT_NE(builtName, "alpha");
+    first.reset();
+    EXPECT_EQ(ModuleName("beta"), builtName) << "the module went with the first of two instances";
+    second.reset();
+    EXPECT_EQ(ModuleName("gamma"), "gamma") << "the module outlived its last instance";
+    // The next instance takes that module over and removes it when it goes, so the
+    // instance after it builds a new module with the built-in presets.
+    { Instance takeover(Factory()); }
+    Instance fresh(Factory());
+    EXPECT_EQ(ModuleName("delta"), "");
+    EXPECT_EQ(fresh.controller()->getParameterCount(), 53);
 }
 
 TEST(VST3Plugin, BusesParametersUnitsAndMIDIMapping)
