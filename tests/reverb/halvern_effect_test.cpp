@@ -27,15 +27,10 @@ TEST(ReverbParameters, RecordsTextsAndEntryRules)
     EXPECT_EQ(core.GetParameterName(2), "Early/late");
     EXPECT_EQ(core.GetParameterID(19), "Gate");
     EXPECT_EQ(core.GetParameterType(19), ZParameterType::Switch);
+    // Storage names at their host indices: saved projects depend on them.
     EXPECT_EQ(core.GetParameterID(25), "LowCut");
-    EXPECT_EQ(core.GetParameterName(26), "High cut");
     EXPECT_EQ(core.GetParameterID(28), "saturationmode");
-    EXPECT_EQ(core.GetParameterName(29), "Position X");
-    EXPECT_EQ(core.GetParameterName(30), "Position Y");
     EXPECT_EQ(core.GetParameterName(31), "MultiParameter 1");
-    EXPECT_EQ(core.GetParameterName(35), "Bypass");
-    EXPECT_NE(core.parameters().info(3).help.find("<p>Note that this algorithm is appliead on the reverberation signal only."),
-              std::string::npos);
 
     // Defaults as shown.
     EXPECT_EQ(core.GetParameterValueName(1), "50.0 %");
