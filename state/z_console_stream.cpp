@@ -47,35 +47,16 @@ int32_t ZConsoleStream::Read(void* bytes, int32_t count)
 
 ZStream::LineStatus ZConsoleStream::ReadLine(char* buffer, int32_t capacity)
 {
-    if (capacity <= 1) {
-        if (capacity == 1)
-            buffer[0] = '\0';
-        return LineStatus::Truncated;
-    }
-    std::fflush(output_);
-    int32_t stored = 0;
-    for (;;) {
+    if (capacity > 1)
+        std::fflush(output_);
+    return AssembleLine(buffer, capacity, [this] {
         const int byte = std::getc(input_);
-        if (byte == EOF) {
-            if (std::ferror(input_)) {
-                std::clearerr(input_);
-                readError();
-            }
-            buffer[stored] = '\0';
-            return stored == 0 ? LineStatus::NoData : LineStatus::Complete;
+        if (byte == EOF && std::ferror(input_)) {
+            std::clearerr(input_);
+            readError();
         }
-        if (byte == '\r')
-            continue;
-        if (byte == '\n' || byte == '\0') {
-            buffer[stored] = '\0';
-            return LineStatus::Complete;
-        }
-        buffer[stored++] = static_cast<char>(byte);
-        if (stored == capacity - 1) {
-            buffer[stored] = '\0';
-            return LineStatus::Truncated;
-        }
-    }
+        return byte == EOF ? -1 : byte;
+    });
 }
 
 void ZConsoleStream::WriteString(std::string_view text)

@@ -145,34 +145,8 @@ int32_t ZMemoryStream::Read(void* bytes, int32_t count)
 // The same results as the byte-by-byte default, by scanning the buffer in place.
 ZStream::LineStatus ZMemoryStream::ReadLine(char* buffer, int32_t capacity)
 {
-    if (capacity <= 1) {
-        if (capacity == 1)
-            buffer[0] = '\0';
-        return LineStatus::Truncated;
-    }
-    if (position_ >= size_) {
-        buffer[0] = '\0';
-        return LineStatus::NoData;
-    }
-    const uint8_t* bytes = buffer_->bytes();
-    int32_t stored = 0;
-    while (position_ < size_) {
-        const char byte = static_cast<char>(bytes[position_++]);
-        if (byte == '\r')
-            continue;
-        if (byte == '\n' || byte == '\0') {
-            buffer[stored] = '\0';
-            return LineStatus::Complete;
-        }
-        buffer[stored++] = byte;
-        if (stored == capacity - 1) {
-            buffer[stored] = '\0';
-            return LineStatus::Truncated;
-        }
-    }
-    // The data ended: a line of carriage returns only counts as no data.
-    buffer[stored] = '\0';
-    return stored == 0 ? LineStatus::NoData : LineStatus::Complete;
+    const uint8_t* bytes = buffer_ != nullptr ? buffer_->bytes() : nullptr;
+    return AssembleLine(buffer, capacity, [&] { return position_ < size_ ? static_cast<int>(bytes[position_++]) : -1; });
 }
 
 void ZMemoryStream::Seek(int64_t offset, int origin)

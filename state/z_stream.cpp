@@ -39,30 +39,10 @@ void ZStream::WriteFill(int32_t count)
 
 ZStream::LineStatus ZStream::ReadLine(char* buffer, int32_t capacity)
 {
-    if (capacity <= 1) {
-        if (capacity == 1)
-            buffer[0] = '\0';
-        return LineStatus::Truncated;
-    }
-    int32_t stored = 0;
-    for (;;) {
-        char byte;
-        if (Read(&byte, 1) < 1) {
-            buffer[stored] = '\0';
-            return stored == 0 ? LineStatus::NoData : LineStatus::Complete;
-        }
-        if (byte == '\r')
-            continue;
-        if (byte == '\n' || byte == '\0') {
-            buffer[stored] = '\0';
-            return LineStatus::Complete;
-        }
-        buffer[stored++] = byte;
-        if (stored == capacity - 1) {
-            buffer[stored] = '\0';
-            return LineStatus::Truncated;
-        }
-    }
+    return AssembleLine(buffer, capacity, [this] {
+        unsigned char byte = 0;
+        return Read(&byte, 1) < 1 ? -1 : static_cast<int>(byte);
+    });
 }
 
 void ZStream::WriteString(std::string_view text)

@@ -33,6 +33,40 @@ public:
     virtual void Truncate();
     virtual int64_t Size();
     virtual bool IsInitialized();
+
+protected:
+    // Builds one line into buffer from the bytes next() hands out one at a time (-1 at the
+    // end of the data): carriage returns are skipped, a line feed or a zero byte ends the
+    // line, a full buffer ends it as Truncated, and data that ends without any byte of
+    // the line gives NoData. Every stream's ReadLine answers through this one rule.
+    template <class Next>
+    static LineStatus AssembleLine(char* buffer, int32_t capacity, Next next)
+    {
+        if (capacity <= 1) {
+            if (capacity == 1)
+                buffer[0] = '\0';
+            return LineStatus::Truncated;
+        }
+        int32_t stored = 0;
+        for (;;) {
+            const int byte = next();
+            if (byte < 0) {
+                buffer[stored] = '\0';
+                return stored == 0 ? LineStatus::NoData : LineStatus::Complete;
+            }
+            if (byte == '\r')
+                continue;
+            if (byte == '\n' || byte == '\0') {
+                buffer[stored] = '\0';
+                return LineStatus::Complete;
+            }
+            buffer[stored++] = static_cast<char>(byte);
+            if (stored == capacity - 1) {
+                buffer[stored] = '\0';
+                return LineStatus::Truncated;
+            }
+        }
+    }
 };
 
 } // namespace halvern

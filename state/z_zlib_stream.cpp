@@ -93,6 +93,23 @@ void ZZLibStream::Detach()
     inflateEnd(&state_->zlib);
 }
 
+// Deflates in pieces of kPieceSize, writing each to the target, until deflate leaves
+// output space free: with Z_NO_FLUSH it has then taken all the input, with Z_FINISH it
+// has written the end of the stream.
+void ZZLibStream::deflatePieces(int flush)
+{
+    State& state = *state_;
+    do {
+        state.zlib.next_out = state.output;
+        state.zlib.avail_out = kPieceSize;
+        if (deflate(&state.zlib, flush) == Z_STREAM_ERROR)
+            break;
+        const int32_t produced = kPieceSize - static_cast<int32_t>(state.zlib.avail_out);
+        if (produced > 0)
+            target_->Write(state.output, produced);
+    } while (state.zlib.avail_out == 0);
+}
+
 void ZZLibStream::Finish()
 {
     if (!target_ || !compress_ || !state_ || !state_->active)
@@ -100,16 +117,7 @@ void ZZLibStream::Finish()
     State& state = *state_;
     state.zlib.next_in = nullptr;
     state.zlib.avail_in = 0;
-    // With Z_FINISH, deflate leaves output space free only once it has written the end.
-    do {
-        state.zlib.next_out = state.output;
-        state.zlib.avail_out = kPieceSize;
-        if (deflate(&state.zlib, Z_FINISH) == Z_STREAM_ERROR)
-            break;
-        const int32_t produced = kPieceSize - static_cast<int32_t>(state.zlib.avail_out);
-        if (produced > 0)
-            target_->Write(state.output, produced);
-    } while (state.zlib.avail_out == 0);
+    deflatePieces(Z_FINISH);
     deflateEnd(&state.zlib);
     state.active = false;
 }
@@ -126,16 +134,7 @@ void ZZLibStream::Write(const void* bytes, int32_t count)
     State& state = *state_;
     state.zlib.next_in = static_cast<Bytef*>(const_cast<void*>(bytes));
     state.zlib.avail_in = static_cast<uInt>(count);
-    // Without flushing, deflate takes all the input once it leaves output space free.
-    do {
-        state.zlib.next_out = state.output;
-        state.zlib.avail_out = kPieceSize;
-        if (deflate(&state.zlib, Z_NO_FLUSH) == Z_STREAM_ERROR)
-            break;
-        const int32_t produced = kPieceSize - static_cast<int32_t>(state.zlib.avail_out);
-        if (produced > 0)
-            target_->Write(state.output, produced);
-    } while (state.zlib.avail_out == 0);
+    deflatePieces(Z_NO_FLUSH);
     state.zlib.next_in = nullptr;
     count_ += count;
 }

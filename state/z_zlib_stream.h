@@ -65,6 +65,7 @@ private:
     struct State;
 
     ZStream& requireTarget();
+    void deflatePieces(int flush);
 
     ZStream* target_ = nullptr;
     bool compress_ = false;
