@@ -67,6 +67,10 @@ void ZReverbGate::process(float* left, float* right, int n)
 
 double ZReverbGate::gainAt(double level) const
 {
+    // From A up the gate is open: the curve's last point is (1, 1) and it continues flat,
+    // so dividing by the level would turn down anything louder than full scale.
+    if (level >= c_.threshold)
+        return 1.0;
     return level - 1e-20 > 0.0 ? curve_.evaluate(level) / level : 0.0;
 }
 

@@ -41,6 +41,12 @@ TEST(ReverbGate, PassesALoudLevelAndClosesOnceTheHeldPowerHasDecayed)
 {
     ZReverbGate gate;
     gate.configure(48000.0, -50.0, 12.0, 0.001, 0.1);
+    // Open from the threshold up, above full scale too: levels of 2 and 40 (the power
+    // clamp at 100 caps the follower at 10) pass unchanged.
+    ZReverbGate loud;
+    loud.configure(48000.0, -50.0, 12.0, 0.001, 0.1);
+    EXPECT_FLOAT_EQ(runConstant(loud, 2.0f, 4800), 2.0f);
+    EXPECT_FLOAT_EQ(runConstant(loud, 40.0f, 4800), 40.0f);
     EXPECT_NEAR(runConstant(gate, 0.5f, 4800), 0.5f, 1e-6);
     // A level below the floor B = 10^-3.1 is cut once the held power has fallen from 0.25
     // to B^2 at 0.9999 per sample: ln(B^2 / 0.25) / ln(0.9999) samples = 2.69 s, plus the
