@@ -15,9 +15,15 @@ constexpr double kSaturationFloor = 1e-5;
 // processed in parts.
 constexpr int kMaxWorkLength = 4096;
 
-float finiteOrSilence(float x)
+// Input samples are limited to +100 dBFS, far above any real signal, so that no gain
+// inside the reverb (widening, equalizer boosts, the late network's sum) can carry a
+// wet sample past the float range and poison a filter's state; non-finite ones are
+// silence.
+constexpr float kInputLimit = 1e5f;
+
+float boundedInput(float x)
 {
-    return std::isfinite(x) ? x : 0.0f;
+    return std::isfinite(x) ? std::clamp(x, -kInputLimit, kInputLimit) : 0.0f;
 }
 
 double readPosition(const ZMLElement& element, const char* name, double fallback)
@@ -226,7 +232,7 @@ void HalvernAudioEffectPlugin::renderReverb(const float* inLeft, const float* in
     double* earlyLeft = earlyLeft_.data();
     double* earlyRight = earlyRight_.data();
     for (int i = 0; i < n; ++i)
-        early_.process(finiteOrSilence(inLeft[i]), finiteOrSilence(inRight[i]), earlyLeft[i], earlyRight[i]);
+        early_.process(boundedInput(inLeft[i]), boundedInput(inRight[i]), earlyLeft[i], earlyRight[i]);
     for (int i = 0; i < n; ++i) {
         double lateLeft = 0.0, lateRight = 0.0;
         late_.process(earlyLeft[i], earlyRight[i], lateLeft, lateRight);
@@ -246,8 +252,8 @@ void HalvernAudioEffectPlugin::addDry(const float* inLeft, const float* inRight,
     if (std::isnan(p))
         return;
     for (int i = 0; i < n; ++i) {
-        const double left = finiteOrSilence(inLeft[i]);
-        const double right = finiteOrSilence(inRight[i]);
+        const double left = boundedInput(inLeft[i]);
+        const double right = boundedInput(inRight[i]);
         if (p < 0.0) {
             outLeft[i] = static_cast<float>(outLeft[i] + g * left + (-p) * g * right);
             outRight[i] = static_cast<float>(outRight[i] + (1.0 + p) * g * right);
