@@ -37,6 +37,7 @@ void ZAudioEffectPlugin::Update() {}
 void ZAudioEffectPlugin::Process(const ZHostTimeInfo*, float* const*, float* const*, int32_t) {}
 void ZAudioEffectPlugin::Reset() {}
 int32_t ZAudioEffectPlugin::GetTailLength() { return 0; }
+int32_t ZAudioEffectPlugin::GetRingingLength() { return 0; }
 int32_t ZAudioEffectPlugin::GetLatency() { return 0; }
 int32_t ZAudioEffectPlugin::GetProcessingFlags() { return 0; }
 

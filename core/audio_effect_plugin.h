@@ -41,6 +41,9 @@ public:
     virtual void Reset();
     // Samples the effect keeps sounding after its input stops.
     virtual int32_t GetTailLength();
+    // Samples the current settings take to fall 120 dB below the response's peak, as
+    // derived by the last update; 0 when the effect does not know.
+    virtual int32_t GetRingingLength();
     virtual int32_t GetLatency();
     virtual int32_t GetProcessingFlags();
     // Told when the host starts (true) or stops (false) processing; starting resets.

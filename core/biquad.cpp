@@ -59,4 +59,14 @@ ZBiquad::Coefficients ZBiquad::design(Type type, double sampleRate, double frequ
     return {b0 / a0, b1 / a0, b2 / a0, a1 / a0, a2 / a0};
 }
 
+double ZBiquad::magnitude(const Coefficients& c, double sampleRate, double frequency)
+{
+    // H(z) at z = e^{jw}: numerator and denominator as sums of cos and sin of w and 2w.
+    const double w = 2.0 * std::numbers::pi * frequency / sampleRate;
+    const double c1 = std::cos(w), s1 = std::sin(w), c2 = std::cos(2.0 * w), s2 = std::sin(2.0 * w);
+    const double numRe = c.b0 + c.b1 * c1 + c.b2 * c2, numIm = -(c.b1 * s1 + c.b2 * s2);
+    const double denRe = 1.0 + c.a1 * c1 + c.a2 * c2, denIm = -(c.a1 * s1 + c.a2 * s2);
+    return std::sqrt((numRe * numRe + numIm * numIm) / (denRe * denRe + denIm * denIm));
+}
+
 } // namespace halvern

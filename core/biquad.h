@@ -17,6 +17,8 @@ public:
     // Peak and the shelves only. The band-pass has 0 dB gain at its centre. The
     // frequency is kept inside (0, Nyquist) and q above zero.
     static Coefficients design(Type type, double sampleRate, double frequency, double q, double gainDb = 0.0);
+    // |H| of a section at `frequency` Hz.
+    static double magnitude(const Coefficients& c, double sampleRate, double frequency);
 
     void setCoefficients(const Coefficients& coefficients) { c_ = coefficients; }
     void set(Type type, double sampleRate, double frequency, double q, double gainDb = 0.0)

@@ -115,9 +115,12 @@ std::string ZAudioEffectPluginToAudioPluginAdapter::GetParameterName(int32_t ind
 
 int32_t ZAudioEffectPluginToAudioPluginAdapter::GetTailSamples()
 {
-    // The effect runs at the oversampled rate; its tail is counted in its own samples.
-    return Guarded("ZAudioEffectPluginToAudioPluginAdapter::GetTailSamples", int32_t{0},
-                   [&] { return effect_->GetTailLength() / std::max(oversampling(), 1) + GetLatency(); });
+    // The longer of the effect's stated tail and the time its settings take to die away;
+    // the effect runs at the oversampled rate, so both are counted in its own samples.
+    return Guarded("ZAudioEffectPluginToAudioPluginAdapter::GetTailSamples", int32_t{0}, [&] {
+        const int32_t tail = std::max(effect_->GetTailLength(), effect_->GetRingingLength());
+        return tail / std::max(oversampling(), 1) + GetLatency();
+    });
 }
 
 void ZAudioEffectPluginToAudioPluginAdapter::SetModulatorsEnabled(bool enabled)

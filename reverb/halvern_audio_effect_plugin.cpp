@@ -11,6 +11,10 @@ namespace halvern {
 namespace {
 
 constexpr double kSaturationFloor = 1e-5;
+// The reported ringing is the time to fall this far below the response's peak, and
+// never more than the longest (a loop held exactly at unity would ring for ever).
+constexpr double kRingingFallDb = 120.0;
+constexpr double kLongestRingingSeconds = 600.0;
 // The early-reflection work buffers hold at most this many samples; longer runs are
 // processed in parts.
 constexpr int kMaxWorkLength = 4096;
@@ -111,6 +115,20 @@ int32_t HalvernAudioEffectPlugin::GetTailLength()
     const double seconds = std::trunc(settings().reverbTime);
     const double rate = std::floor(sampleRate() + 0.5);
     return static_cast<int32_t>(seconds * rate) + 4096;
+}
+
+// Derived from the last update's coefficients when a host asks, so that updates on the
+// audio thread (a modulator moving a parameter every piece) never pay for it.
+int32_t HalvernAudioEffectPlugin::GetRingingLength()
+{
+    ZLockHolder hold(pluginMutex(), -1);
+    const double rate = sampleRate();
+    if (!prepared_ || rate <= 0.0)
+        return 0;
+    // The early reflections feed the late network, so their ringing times add. The post
+    // chain only shapes or shortens the tail; the equalizer's filters ring for milliseconds.
+    const double seconds = EarlyRingingSeconds(geometry_, rate, kRingingFallDb) + late_.ringingSeconds(kRingingFallDb);
+    return static_cast<int32_t>(std::min(seconds, kLongestRingingSeconds) * rate);
 }
 
 void HalvernAudioEffectPlugin::SetMicrophonePosition(double x, double y)

@@ -58,6 +58,7 @@ public:
     void Prepare(double sampleRate, int32_t maxBlockSize) override;
     void Process(const ZHostTimeInfo* context, float* const* inputs, float* const* outputs, int32_t sampleCount) override;
     int32_t GetTailLength() override;
+    int32_t GetRingingLength() override;
     int32_t GetProcessingFlags() override;
     void RegisterParameters(ZAudioPlugin& core) override;
     bool TakeParameterChanges() override;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
 
 namespace halvern {
@@ -22,6 +23,24 @@ constexpr double kAllPassLowest = 20.0;
 constexpr double kAllPassHighest = 0.45;
 // Ten squarings: the singular value bound is at most 4^(1/2048) = 1.0007 too high.
 constexpr int kSquarings = 10;
+// The ringing estimate counts up to 2^16 passes of the loop.
+constexpr int kPassBits = 17;
+
+// Frequencies probed for the loudest gain of a line's shelves, spaced evenly in octaves.
+constexpr int kShelfProbes = 64;
+
+// The highest gain of a low and a high shelf in series between 20 Hz and just below
+// Nyquist: what the slowest-decaying frequency keeps of a pass.
+double loudestGain(const ZBiquad::Coefficients& low, const ZBiquad::Coefficients& high, double rate)
+{
+    const double top = 0.49 * rate;
+    double loudest = 0.0;
+    for (int k = 0; k <= kShelfProbes; ++k) {
+        const double f = 20.0 * std::pow(top / 20.0, static_cast<double>(k) / kShelfProbes);
+        loudest = std::max(loudest, ZBiquad::magnitude(low, rate, f) * ZBiquad::magnitude(high, rate, f));
+    }
+    return loudest;
+}
 
 ZMatrix4 modeMatrix(int mode, double D)
 {
@@ -81,6 +100,51 @@ void limitGain(ZMatrix4& m)
     const double largest = LargestSingularValue(m);
     if (largest > 1.0)
         scale(m, 1.0 / largest);
+}
+
+// How many passes of the loop matrix m it takes until no state can be left louder than
+// fallDb below where it started: the smallest k with |m^k| (the largest singular value)
+// below the floor, so the transient growth of a non-normal matrix is counted too. The
+// powers m^(2^j) are formed by squaring, each kept with its norm's logarithm apart, and k
+// is built from them bit by bit, from the highest. Infinite when even 2^kPassBits
+// passes leave the floor unreached.
+double passesToFall(const ZMatrix4& m, double fallDb)
+{
+    const double floor = -fallDb / 20.0 * std::numbers::ln10;
+    std::array<ZMatrix4, kPassBits> powers;
+    std::array<double, kPassBits> logs{};
+    ZMatrix4 power = m;
+    double logNorm = 0.0;
+    for (int j = 0; j < kPassBits; ++j) {
+        const double norm = LargestSingularValue(power);
+        if (!(norm > 0.0))
+            return j == 0 ? 0.0 : std::ldexp(1.0, j - 1);
+        scale(power, 1.0 / norm);
+        logNorm += std::log(norm);
+        powers[static_cast<size_t>(j)] = power;
+        logs[static_cast<size_t>(j)] = logNorm;
+        power = product(power, power);
+        logNorm *= 2.0;
+    }
+    if (logs.back() > floor)
+        return std::numeric_limits<double>::infinity();
+    ZMatrix4 current{};
+    for (size_t i = 0; i < 4; ++i)
+        current[i][i] = 1.0;
+    double currentLog = 0.0;
+    double passes = 0.0;
+    for (int j = kPassBits - 1; j >= 0; --j) {
+        ZMatrix4 candidate = product(current, powers[static_cast<size_t>(j)]);
+        const double norm = LargestSingularValue(candidate);
+        const double candidateLog = currentLog + logs[static_cast<size_t>(j)] + (norm > 0.0 ? std::log(norm) : -1e300);
+        if (candidateLog > floor) {
+            scale(candidate, 1.0 / norm);
+            current = candidate;
+            currentLog = candidateLog;
+            passes += std::ldexp(1.0, j);
+        }
+    }
+    return passes + 1.0;
 }
 
 } // namespace
@@ -205,11 +269,16 @@ void ZLateReverbNetwork::designDamping(const Settings& s)
 {
     const double lowHz = std::pow(10.0, s.lowFrequency);
     const double highHz = std::pow(10.0, s.highFrequency);
+    const size_t longest = static_cast<size_t>(std::max_element(lengths_.begin(), lengths_.end()) - lengths_.begin());
     for (size_t i = 0; i < kLines; ++i) {
         const double seconds = lengths_[i] / sampleRate_;
         const double q = kShelfQuality[i / 2];
-        lowShelves_.setCoefficients(i, ZBiquad::design(ZBiquad::Type::LowShelf, sampleRate_, lowHz, q, -s.lowDamp * seconds / 0.1));
-        highShelves_.setCoefficients(i, ZBiquad::design(ZBiquad::Type::HighShelf, sampleRate_, highHz, q, -s.highDamp * seconds / 0.1));
+        const ZBiquad::Coefficients low = ZBiquad::design(ZBiquad::Type::LowShelf, sampleRate_, lowHz, q, -s.lowDamp * seconds / 0.1);
+        const ZBiquad::Coefficients high = ZBiquad::design(ZBiquad::Type::HighShelf, sampleRate_, highHz, q, -s.highDamp * seconds / 0.1);
+        lowShelves_.setCoefficients(i, low);
+        highShelves_.setCoefficients(i, high);
+        if (i == longest)
+            longestShelves_ = {low, high};
     }
 }
 
@@ -257,6 +326,20 @@ void ZLateReverbNetwork::applyModulation(int glideSamples)
         glideTap(2 * k, 1.0 + halfSwing * (1.0 + sine), glideSamples);
         glideTap(2 * k + 1, 1.0 + halfSwing * (1.0 + std::cos(angle)), glideSamples);
     }
+}
+
+double ZLateReverbNetwork::ringingSeconds(double fallDb) const
+{
+    if (sampleRate_ <= 0.0)
+        return 0.0;
+    // The dampening takes the same share per second from every line, so the longest
+    // line's pass with its shelves at their loudest sets the pace. The modulation moves
+    // each entry by up to 0.01 |m|, which can lift the matrix's gain by about as much.
+    ZMatrix4 pass = decayed_;
+    const double shelfGain = loudestGain(longestShelves_[0], longestShelves_[1], sampleRate_);
+    scale(pass, shelfGain * (1.0 + 0.01 * std::fabs(modulation_)));
+    const int longest = *std::max_element(lengths_.begin(), lengths_.end());
+    return passesToFall(pass, fallDb) * (longest + kMaxTapDelay + 2.0) / sampleRate_;
 }
 
 } // namespace halvern

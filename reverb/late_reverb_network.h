@@ -96,6 +96,12 @@ public:
         lines_.write(sum);
     }
 
+    // Seconds the loop takes to fall by fallDb once its input stops: the passes of the
+    // decay matrix, with the loudest shelf gain, until no state is left louder, each as
+    // long as the longest line with its modulated read. Infinite for a loop that does
+    // not decay.
+    double ringingSeconds(double fallDb) const;
+
     // What the last update derived, for measurements and tests.
     const std::array<int, kLines>& lineLengths() const { return lengths_; }
     int lineCapacity() const { return lines_.capacity(); }
@@ -154,6 +160,7 @@ private:
     double normaliser_ = 1.0;
     double loopTime_ = 0.0;
     double modulation_ = 0.0;
+    std::array<ZBiquad::Coefficients, 2> longestShelves_{}; // the longest line's low and high shelf
     double sampleRate_ = 0.0;
     bool mayExceedUnity_ = false;   // the modulated matrix can have a singular value above 1
     bool modulated_ = false;

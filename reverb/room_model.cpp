@@ -77,4 +77,16 @@ ZRoomGeometry ComputeRoomGeometry(const ZRoomInputs& in, ZPrimeTable& primes)
     return g;
 }
 
+double EarlyRingingSeconds(const ZRoomGeometry& g, double sampleRate, double fallDb)
+{
+    if (sampleRate <= 0.0)
+        return 0.0;
+    const int predelay = std::max(g.predelayLeft, g.predelayRight);
+    const int longest = std::max(*std::max_element(g.diffusersLeft.begin(), g.diffusersLeft.end()),
+                                 *std::max_element(g.diffusersRight.begin(), g.diffusersRight.end()));
+    const double lossDb = -20.0 * std::log10(g.diffuserGain);
+    const double passes = lossDb > 0.0 ? fallDb / lossDb : 0.0;
+    return (predelay + passes * longest) / sampleRate;
+}
+
 } // namespace halvern

@@ -43,6 +43,11 @@ struct ZRoomGeometry {
 // order left 0, right 0, left 1, right 1, … (the late network's lines come after).
 ZRoomGeometry ComputeRoomGeometry(const ZRoomInputs& inputs, ZPrimeTable& primes);
 
+// Seconds the first stage takes to fall by fallDb after an impulse: the longer predelay,
+// then the slowest diffuser stage, the longest line, whose loop loses -20 log10 g dB per
+// pass; the shorter stages in series with it have died away well before it has.
+double EarlyRingingSeconds(const ZRoomGeometry& geometry, double sampleRate, double fallDb);
+
 constexpr double kAutomaticPredelay = 0.25;
 bool IsAutomaticPredelay(double predelay);
 

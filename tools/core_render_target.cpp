@@ -38,6 +38,6 @@ void CoreRenderTarget::process(float* const* inputs, float* const* outputs, int 
     core_->ProcessUpdate();
 }
 
-int CoreRenderTarget::tailLength() { return core_->effect().GetTailLength(); }
+int CoreRenderTarget::tailLength() { return core_->GetTailSamples(); }
 
 } // namespace halvern::tools

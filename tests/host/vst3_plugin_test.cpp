@@ -313,8 +313,9 @@ TEST(VST3Plugin, ProcessesLikeTheVST2PathAndStoresTheSameBlock)
     ASSERT_EQ(instance.start(48000.0, 512), kResultOk);
     reference.start(48000.0f, 512);
     EXPECT_EQ(instance.processor()->getLatencySamples(), 0u);
-    // Whole seconds of reverb time × rate, plus 4096.
-    EXPECT_EQ(instance.processor()->getTailSamples(), 2u * 48000u + 4096u);
+    // At least whole seconds of reverb time × rate plus 4096, and what VST 2.4 hosts hear.
+    EXPECT_GE(instance.processor()->getTailSamples(), 2u * 48000u + 4096u);
+    EXPECT_EQ(instance.processor()->getTailSamples(), static_cast<uint32>(reference.dispatch(effGetTailSize)));
 
     EXPECT_EQ(RunBlocks(instance, input, 512), reference.run(input, 512));
     EXPECT_EQ(instance.state(), reference.chunk());

@@ -64,7 +64,7 @@ TEST(ReverbEffect, TailLengthUsesWholeSecondsOfReverbTime)
         RenderSession session(44100.0, 512);
         session.setByKey("ReverbTime", text);
         session.start();
-        EXPECT_EQ(session.tailLength(), expected);
+        EXPECT_EQ(session.core().effect().GetTailLength(), expected);
     }
 }
 
@@ -134,6 +134,48 @@ TEST(ReverbEffect, MeasuredDecayGrowsWithReverbTimeInEveryMode)
             previous = measured;
         }
     }
+}
+
+// The last sample of a response within 120 dB of its peak, over both channels.
+size_t lastSampleWithin120Db(const AudioData& response)
+{
+    float peak = 0.0f;
+    for (const auto& channel : response.channels)
+        for (float x : channel)
+            peak = std::max(peak, std::fabs(x));
+    size_t last = 0;
+    for (const auto& channel : response.channels)
+        for (size_t i = 0; i < channel.size(); ++i)
+            if (std::fabs(channel[i]) >= peak * 1e-6f)
+                last = std::max(last, i);
+    return last;
+}
+
+TEST(ReverbEffect, HostsAreToldATailThatCoversTheResponseDownTo120Db)
+{
+    // Through the plug-in library, as a host asks for the tail; 24 kHz keeps it quick.
+    const double rate = 24000.0;
+    for (const char* mode : {"Mode 1", "Mode 2", "Mode 3", "Mode 4"})
+        for (const char* time : {"500", "2000", "6000"})
+            for (bool dampened : {false, true}) {
+                RenderSession session(rate, 512, HALVERN_PLUGIN_PATH);
+                session.setByKey("ReverbMode", mode);
+                session.setByKey("ReverbTime", time);
+                if (!dampened) {
+                    session.setByKey("LowDamp", "0");
+                    session.setByKey("HighDamp", "0");
+                }
+                session.start();
+                AudioData impulse;
+                impulse.sampleRate = rate;
+                impulse.channels.assign(2, std::vector<float>{1.0f});
+                const double seconds = std::atof(time) / 1000.0;
+                const AudioData response = session.render(impulse, 6.0 * seconds + 4.0);
+                const double measured = static_cast<double>(lastSampleWithin120Db(response));
+                const double reported = session.tailLength();
+                EXPECT_GE(reported, measured) << mode << ", " << time << " ms, dampened " << dampened;
+                EXPECT_LE(reported, 3.0 * measured) << mode << ", " << time << " ms, dampened " << dampened;
+            }
 }
 
 TEST(ReverbEffect, DefaultDampeningShortensTheLowestAndHighestBands)
