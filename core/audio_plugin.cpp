@@ -403,11 +403,7 @@ void ZAudioPlugin::ProcessBlock(float* const* inputs, float* const* outputs, int
     const int inputBuses = GetInputBusCount();
     const int outputBuses = GetOutputBusCount();
 
-    // Keeps denormal numbers out of everything downstream.
-    if (inputs != nullptr)
-        for (int bus = 0; bus < inputBuses; ++bus)
-            for (int channel = 0; channel < perBus; ++channel)
-                kernels::AddConstant(inputs[bus * busStride_ + channel], kDenormalOffset, n);
+    addDenormalOffset(inputs, inputBuses * perBus, n);
 
     if (!prepared_) {
         // Not yet resumed: nothing to process with, so the block stays silent.
@@ -436,6 +432,23 @@ void ZAudioPlugin::ProcessBlock(float* const* inputs, float* const* outputs, int
         }
         processFrame(pieceIn, pieceOut, length, replacing);
         done += length;
+    }
+}
+
+// Keeps denormal numbers out of everything downstream. A buffer the host hands over for
+// more than one channel (a mono source feeding both sides) gets the offset once.
+void ZAudioPlugin::addDenormalOffset(float* const* inputs, int channels, int n) const
+{
+    if (inputs == nullptr)
+        return;
+    const int perBus = channelsPerBus_;
+    for (int c = 0; c < channels; ++c) {
+        float* buffer = inputs[c / perBus * busStride_ + c % perBus];
+        bool seen = false;
+        for (int earlier = 0; earlier < c && !seen; ++earlier)
+            seen = inputs[earlier / perBus * busStride_ + earlier % perBus] == buffer;
+        if (!seen)
+            kernels::AddConstant(buffer, kDenormalOffset, n);
     }
 }
 

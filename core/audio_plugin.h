@@ -178,6 +178,7 @@ protected:
 private:
     using ChannelArray = std::array<float*, kMaxChannels>;
 
+    void addDenormalOffset(float* const* inputs, int channels, int n) const;
     void processFrame(ChannelArray& inputs, ChannelArray& outputs, int n, bool replacing);
     void processDirect(ChannelArray& inputs, ChannelArray& outputs, int n, bool replacing);
     void processOversampled(ChannelArray& inputs, ChannelArray& outputs, int n, bool replacing);

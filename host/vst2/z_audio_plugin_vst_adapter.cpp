@@ -218,9 +218,11 @@ void ZAudioPluginVSTAdapter::processReplacing(float** inputs, float** outputs, V
 
 // Maps the host's channels onto the core's two-channel buses. The host's arrays hold as
 // many channels per bus as the speaker arrangement it set; only when that is two for
-// both directions are they passed on as they are. Otherwise narrower buses repeat their
-// last channel (so a mono host reads and writes one channel), and a bus whose first
-// channel is missing is left out.
+// both directions are they passed on as they are. Otherwise a narrower input bus repeats
+// its last channel, so that a mono source feeds both sides, while a narrower output bus
+// takes only the channels it has: the core writes the others to its scratch, so a mono
+// host gets exactly the left side of the stereo path. A bus whose first channel is
+// missing is left out.
 void ZAudioPluginVSTAdapter::PerformProcessing(float** inputs, float** outputs, VstInt32 n, bool replacing)
 {
     if (n <= 0 || outputs == nullptr)
@@ -235,22 +237,24 @@ void ZAudioPluginVSTAdapter::PerformProcessing(float** inputs, float** outputs, 
         // Per call, so that a second caller turned away by the core never redirects the first.
         BusArray busInputs{};
         BusArray busOutputs{};
-        widenBuses(inputs, core_->GetInputBusCount(), inputWidth, busInputs);
-        widenBuses(outputs, core_->GetOutputBusCount(), outputWidth, busOutputs);
+        mapBuses(inputs, core_->GetInputBusCount(), inputWidth, true, busInputs);
+        mapBuses(outputs, core_->GetOutputBusCount(), outputWidth, false, busOutputs);
         core_->ProcessBlock(busInputs.data(), busOutputs.data(), n, replacing);
     }
     FinishProcessing();
 }
 
-void ZAudioPluginVSTAdapter::widenBuses(float** host, int buses, int width, BusArray& into)
+void ZAudioPluginVSTAdapter::mapBuses(float** host, int buses, int width, bool repeatLast, BusArray& into)
 {
     if (host == nullptr || width <= 0)
         return;
     for (int bus = 0; bus < buses && 2 * bus + 1 < static_cast<int>(into.size()); ++bus) {
-        if (host[bus * width] == nullptr)
+        float** channels = host + bus * width;
+        if (channels[0] == nullptr)
             continue;
         for (int channel = 0; channel < 2; ++channel)
-            into[static_cast<size_t>(2 * bus + channel)] = host[bus * width + std::min(channel, width - 1)];
+            into[static_cast<size_t>(2 * bus + channel)] =
+                channel < width ? channels[channel] : repeatLast ? channels[width - 1] : nullptr;
     }
 }
 
@@ -320,14 +324,14 @@ bool ZAudioPluginVSTAdapter::setSpeakerArrangement(VstSpeakerArrangement* input,
         if ((input != nullptr && input->numChannels > core_->inputChannelCount()) ||
             (output != nullptr && output->numChannels > core_->outputChannelCount()))
             return false;
+        // A direction the host gives no arrangement for keeps the one it had.
         const int perBus = core_->channelsPerBus();
-        int inputWidth = -1;
         if (core_->GetInputBusCount() == 0)
-            inputWidth = 0;
+            usedInputWidth_ = 0;
         else if (input != nullptr)
-            inputWidth = std::min(input->numChannels, perBus);
-        usedInputWidth_ = inputWidth;
-        usedOutputWidth_ = output != nullptr ? std::clamp(output->numChannels, 1, perBus) : 1;
+            usedInputWidth_ = std::min(input->numChannels, perBus);
+        if (output != nullptr)
+            usedOutputWidth_ = std::clamp(output->numChannels, 1, perBus);
         return true;
     });
 }

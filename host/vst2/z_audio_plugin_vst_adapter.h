@@ -70,7 +70,7 @@ private:
     void PerformProcessing(float** inputs, float** outputs, VstInt32 sampleFrames, bool replacing);
     // Channel pointers widened to two per bus.
     using BusArray = std::array<float*, 2 * ZAudioPlugin::kMaxChannels>;
-    static void widenBuses(float** host, int buses, int width, BusArray& into);
+    static void mapBuses(float** host, int buses, int width, bool repeatLast, BusArray& into);
     void PrepareProcessing();
     void takeHostTime();
     void FinishProcessing();

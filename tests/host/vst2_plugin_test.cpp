@@ -431,12 +431,18 @@ TEST_F(VST2Plugin, SpeakerArrangementsWithinTheChannelCounts)
     EXPECT_EQ(instance.arrange(stereo, stereo), 1);
     EXPECT_EQ(instance.arrange(mono, mono), 1);
 
-    // A mono host hands over one channel each way.
-    instance.prepare(48000.0f, 256);
-    const Channels rendered = RenderImpulse(instance, 1, 20, 256);
-    EXPECT_TRUE(AllFinite(rendered));
-    EXPECT_GT(Energy(rendered[0], 0), 0.01);
-    EXPECT_GT(Energy(rendered[0], static_cast<size_t>(instance.effect()->initialDelay) + 2400), 1e-6) << "no reverb";
+    // A mono host hands over one channel each way and gets exactly the left side of the
+    // stereo path fed the same signal on both inputs: dry and reverb once each.
+    Instance reference, unarranged;
+    for (Instance* each : {&instance, &reference, &unarranged})
+        each->prepare(48000.0f, 256);
+    const Channels stereoPath = RenderImpulse(reference, 2, 20, 256);
+    const Channels monoPath = RenderImpulse(instance, 1, 20, 256);
+    EXPECT_TRUE(monoPath[0] == stereoPath[0]);
+    EXPECT_GT(Energy(monoPath[0], static_cast<size_t>(instance.effect()->initialDelay) + 2400), 1e-6) << "no reverb";
+    // No arrangement at all leaves both host channels in use, each written.
+    ASSERT_EQ(unarranged.dispatch(effSetSpeakerArrangement, 0, 0, nullptr), 1);
+    EXPECT_TRUE(RenderImpulse(unarranged, 2, 20, 256) == stereoPath);
 }
 
 // ---------------------------------------------------------------- state
