@@ -420,6 +420,7 @@ void ZAudioPlugin::ProcessBlock(float* const* inputs, float* const* outputs, int
     gatherChannels(outputs, outputBuses, perBus, out, discard_.data());
 
     // Blocks longer than announced are taken in pieces that fit the prepared buffers.
+    blockPrepared_ = false;
     for (int done = 0; done < n;) {
         const int length = std::min(n - done, preparedBlockSize_);
         ChannelArray pieceIn = in;
@@ -576,7 +577,11 @@ double ZAudioPlugin::measurePeak(const ChannelArray& channels, int count, int n)
 
 void ZAudioPlugin::innerProcess(const ChannelArray& inputs, const ChannelArray& outputs, int n)
 {
-    PrepareForProcessingOnce(inputs.data(), outputs.data(), n);
+    // Once per host block, however many chunks it is taken in.
+    if (!blockPrepared_) {
+        PrepareForProcessingOnce(inputs.data(), outputs.data(), n);
+        blockPrepared_ = true;
+    }
     ChannelArray effectIn = inputs;
     ChannelArray effectOut = outputs;
     applyModeBefore(effectIn, effectOut, n);
@@ -592,30 +597,28 @@ int ZAudioPlugin::pieceLength(int n) const
     return piece < 1 ? kDefaultSubBlock : piece;
 }
 
+// The musical position moves on by every piece at the rate the effect runs at, the last
+// one included, so that the next chunk of an over-long host block starts where this one
+// ended.
 void ZAudioPlugin::runPieces(ChannelArray inputs, ChannelArray outputs, int n)
 {
     const int piece = pieceLength(n);
-    if (piece >= n) {
-        ProcessSubBlock(inputs.data(), outputs.data(), n);
-    } else {
-        // The musical position moves on by each piece at the rate the effect runs at.
-        const double processingRate = hostTime_.sampleRate * std::max(oversampling_, 1);
-        double position = hostTime_.musicalPosition;
-        for (int remaining = n; remaining > 0;) {
-            const int length = std::min(remaining, piece);
-            hostTime_.musicalPosition = position;
-            ProcessSubBlock(inputs.data(), outputs.data(), length);
-            remaining -= length;
-            if (remaining == 0)
-                break;
-            if (hostTime_.positionValid && processingRate > 0.0)
-                position += length * hostTime_.tempo / (processingRate * 60.0);
-            parameters().advanceGlides(length);
-            for (auto* pointers : {&inputs, &outputs})
-                for (float*& channel : *pointers)
-                    if (channel != silence_.data() && channel != discard_.data())
-                        channel += length;
-        }
+    const double processingRate = hostTime_.sampleRate * std::max(oversampling_, 1);
+    const bool advancing = hostTime_.positionValid && processingRate > 0.0;
+    const double start = hostTime_.musicalPosition;
+    for (int done = 0; done < n;) {
+        const int length = std::min(n - done, piece);
+        ProcessSubBlock(inputs.data(), outputs.data(), length);
+        done += length;
+        if (advancing)
+            hostTime_.musicalPosition = start + done * hostTime_.tempo / (processingRate * 60.0);
+        if (done == n)
+            break;
+        parameters().advanceGlides(length);
+        for (auto* pointers : {&inputs, &outputs})
+            for (float*& channel : *pointers)
+                if (channel != silence_.data() && channel != discard_.data())
+                    channel += length;
     }
     if (gliding_)
         parameters().finishGlides();

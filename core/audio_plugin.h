@@ -226,6 +226,7 @@ private:
     int32_t bypassSwitch_ = 0;
     ZValueInt bypassValue_{&bypassSwitch_, 0, 1, 0, 1};
     bool gliding_ = false;
+    bool blockPrepared_ = false; // PrepareForProcessingOnce has run for the host block in progress
     bool clearOutputsFirst_ = false;
     bool separateInputBuffers_ = false;
     ZChannelMode channelMode_ = ZChannelMode::Stereo;

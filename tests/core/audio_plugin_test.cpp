@@ -33,7 +33,10 @@ public:
     Effect effect = Gain(1.0f);
     std::vector<int> pieces;
     std::vector<double> positions;
+    int preparations = 0;
     double clampLimit = -1.0;
+
+    void PrepareForProcessingOnce(float* const*, float* const*, int32_t) override { ++preparations; }
 
     void ProcessSubBlock(float* const* in, float* const* out, int32_t n) override
     {
@@ -95,19 +98,44 @@ TEST(AudioPluginFrame, CutsBlocksIntoPiecesAndAdvancesTheMusicalPosition)
 
 TEST(AudioPluginFrame, HostBlocksLongerThanAnnouncedAreTakenInPreparedLengths)
 {
+    // 256 samples at 120 bpm and 48 kHz are 256 * 2 / 48000 quarter notes.
+    const double perSample = 120.0 / (48000.0 * 60.0);
     TestCore core;
     core.Prepare(512);
+    core.hostTime().tempo = 120.0;
+    core.hostTime().positionValid = true;
     StereoBlock in(1300, 0.25f), out(1300);
     // The second time with a longer block announced but not prepared: the buffers for 512
     // must still suffice (the sanitizer build would report an overrun).
     for (int announced : {512, 4096}) {
         core.SetMaxBlockSize(announced);
         core.pieces.clear();
+        core.positions.clear();
+        core.preparations = 0;
+        core.hostTime().musicalPosition = 4.0;
         core.ProcessBlock(in.pointers, out.pointers, 1300, true);
         EXPECT_EQ(core.pieces, (std::vector<int>{256, 256, 256, 256, 256, 20}));
         EXPECT_EQ(out.left, in.left);
         EXPECT_EQ(out.right, in.right);
+        // One preparation for the host's block, and the position moves on by every piece
+        // across the chunks the block is taken in.
+        EXPECT_EQ(core.preparations, 1);
+        ASSERT_EQ(core.positions.size(), 6u);
+        for (size_t i = 0; i < 6; ++i)
+            EXPECT_NEAR(core.positions[i], 4.0 + 256.0 * static_cast<double>(i) * perSample, 1e-12);
+        EXPECT_NEAR(core.hostTime().musicalPosition, 4.0 + 1300.0 * perSample, 1e-12);
     }
+
+    // Chunks shorter than a piece: 512 samples with 128 prepared are four pieces of 128.
+    TestCore small;
+    small.Prepare(128);
+    small.hostTime().tempo = 120.0;
+    small.hostTime().positionValid = true;
+    StereoBlock shortIn(512, 0.25f), shortOut(512);
+    small.ProcessBlock(shortIn.pointers, shortOut.pointers, 512, true);
+    ASSERT_EQ(small.positions.size(), 4u);
+    for (size_t i = 0; i < 4; ++i)
+        EXPECT_NEAR(small.positions[i], 128.0 * static_cast<double>(i) * perSample, 1e-12);
 }
 
 TEST(AudioPluginFrame, MissingBuffersAndAnUnpreparedCoreAreHarmless)
