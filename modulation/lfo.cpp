@@ -44,6 +44,26 @@ void ZLFO::setShape(const ZSignalGenerator& shape)
 
 void ZLFO::setSettings(const ZLFOSettings& settings)
 {
+    const ZLFOSettings limited = limit(settings);
+    ZLockHolder hold(processingLock_, -1);
+    if (settings_.enabled != 0 && limited.enabled == 0)
+        manualStop_ = true;
+    settings_ = limited;
+}
+
+// A load is no stop: the backup of the values before it belongs to the replaced state,
+// so it is dropped, and a loaded LFO that runs backs up the loaded values afresh.
+void ZLFO::loadSettings(const ZLFOSettings& settings)
+{
+    const ZLFOSettings limited = limit(settings);
+    ZLockHolder hold(processingLock_, -1);
+    settings_ = limited;
+    running_ = false;
+    manualStop_ = false;
+}
+
+ZLFOSettings ZLFO::limit(const ZLFOSettings& settings)
+{
     ZLFOSettings limited = settings;
     limited.enabled = settings.enabled != 0 ? 1 : 0;
     limited.mode = std::clamp(settings.mode, 0, static_cast<int32_t>(ZLFOMode::Pitch));
@@ -58,10 +78,7 @@ void ZLFO::setSettings(const ZLFOSettings& settings)
     limited.octaves = std::isfinite(settings.octaves) ? std::clamp(settings.octaves, -10.0, 10.0) : 0.0;
     limited.semitones = std::isfinite(settings.semitones) ? std::clamp(settings.semitones, -12.0, 12.0) : 0.0;
     limited.cents = std::isfinite(settings.cents) ? std::clamp(settings.cents, -100.0, 100.0) : 0.0;
-    ZLockHolder hold(processingLock_, -1);
-    if (settings_.enabled != 0 && limited.enabled == 0)
-        manualStop_ = true;
-    settings_ = limited;
+    return limited;
 }
 
 void ZLFO::setEnabledByUser(bool enabled)

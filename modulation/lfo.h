@@ -73,6 +73,9 @@ public:
     // ranges are brought into them.
     const ZLFOSettings& settings() const { return settings_; }
     void setSettings(const ZLFOSettings& settings);
+    // Settings from a loaded state, preset or slot: they replace the LFO's, and nothing
+    // from before the load is given back when it stops.
+    void loadSettings(const ZLFOSettings& settings);
     // A manual switch: turning the LFO off always gives the targets their values back.
     void setEnabledByUser(bool enabled);
     ZModulatorTargetList& targets() { return targets_; }
@@ -118,6 +121,7 @@ private:
         ZLockHolder hold(processingLock_, -1);
         part.setSettings(settings);
     }
+    static ZLFOSettings limit(const ZLFOSettings& settings);
     double detect(const ZLFOInput& input);
     double fromDetector(double d) const;
     void syncToHost(const ZLFOInput& input, double rate);

@@ -265,7 +265,7 @@ void SerializeLFO(const ZSerializationContext& context, ZLFO& lfo, const ZModula
     if (context.storing())
         return;
 
-    lfo.setSettings(settings);
+    lfo.loadSettings(settings);
     lfo.setShape(shape);
     lfo.setFollowerSettings(follower);
     lfo.setEnvelopeSettings(envelope);

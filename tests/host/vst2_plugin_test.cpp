@@ -473,6 +473,27 @@ TEST_F(VST2Plugin, ChunkCarriesTheWholeStateToAnotherInstance)
     }
 }
 
+TEST_F(VST2Plugin, LoadingAChunkWhileAnLFORunsKeepsTheLoadedValues)
+{
+    Instance instance;
+    ASSERT_NE(instance.effect(), nullptr);
+    instance.prepare(48000.0f, 256);
+    const VstInt32 depth = instance.parameterIndex("ReverbDepth");
+    instance.setParameter("ReverbDepth", 0.8f);
+    const std::vector<uint8_t> saved = instance.chunk();
+    instance.setParameter("ReverbDepth", 0.2f);
+    RenderImpulse(instance, 2, 1, 256);
+    // LFO 1 (host parameter 36), whose first target is Dry/wet, runs for 20 blocks.
+    instance.effect()->setParameter(instance.effect(), 36, 1.0f);
+    RenderImpulse(instance, 2, 20, 256);
+    // The saved state has the LFO off: loading it is no stop that gives back the 0.2
+    // from before the LFO ran.
+    ASSERT_EQ(instance.setChunk(saved), 1);
+    RenderImpulse(instance, 2, 1, 256);
+    EXPECT_FLOAT_EQ(instance.effect()->getParameter(instance.effect(), depth), 0.8f);
+    EXPECT_EQ(instance.chunk(), saved);
+}
+
 TEST_F(VST2Plugin, DamagedChunksAreRefusedAndChangeNothing)
 {
     Instance source, target;

@@ -394,6 +394,46 @@ TEST(VST3Plugin, ASlotSwitchAskedByTheHostIsReportedBack)
     EXPECT_DOUBLE_EQ(instance.controller()->getParamNormalized(kDepth), info.defaultNormalizedValue);
 }
 
+// LFO 1's first target is Dry/wet. A loaded state or a switched-to slot with the LFO off
+// keeps its own Dry/wet: neither is a stop that gives back the value from before the
+// LFO ran.
+TEST(VST3Plugin, StatesAndSlotsLoadedWhileAnLFORunsKeepTheirValues)
+{
+    constexpr ParamID kLFO1 = 36, kSlot = 48;
+    Instance instance(Factory());
+    ASSERT_EQ(instance.start(48000.0, 256), kResultOk);
+    auto set = [&](std::initializer_list<std::pair<ParamID, double>> values) {
+        ParameterChanges changes;
+        for (auto [id, value] : values)
+            changes.add(id, 0, value);
+        ASSERT_EQ(instance.flush(changes), kResultOk);
+    };
+    auto runWithLFO = [&](double depth) {
+        set({{kDepth, depth}, {kLFO1, 1.0}});
+        RunBlocks(instance, Silence(2, 20 * 256), 256);
+    };
+    auto switchTo = [&](int slot) {
+        ParameterChanges change;
+        change.add(kSlot, 0, slot / 7.0);
+        Channels in = Silence(2, 256), out = Silence(2, 256);
+        ASSERT_EQ(instance.process(in, out, &change), kResultOk);
+        ReportsOf(instance, kSlot);
+        RunBlocks(instance, Silence(2, 256), 256);
+    };
+
+    set({{kDepth, 0.8}});
+    const std::vector<uint8_t> saved = instance.state();
+    runWithLFO(0.2);
+    ASSERT_EQ(instance.setState(saved), kResultOk);
+    RunBlocks(instance, Silence(2, 256), 256);
+    EXPECT_DOUBLE_EQ(instance.controller()->getParamNormalized(kDepth), 0.8);
+
+    switchTo(1);
+    runWithLFO(0.2);
+    switchTo(0);
+    EXPECT_DOUBLE_EQ(instance.controller()->getParamNormalized(kDepth), 0.8);
+}
+
 TEST(VST3Plugin, AProgramChangeLoadsTheFactoryPresetOffTheAudioThread)
 {
     Instance instance(Factory());
