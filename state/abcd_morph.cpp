@@ -30,10 +30,6 @@ double ZABCDMorph::Blend(const std::array<double, kCorners>& values, double u, d
 
 int ZABCDMorph::follow(ZParameterRegistry& registry)
 {
-    if (u_ == blendedU_ && v_ == blendedV_)
-        return 0;
-    blendedU_ = u_;
-    blendedV_ = v_;
     int set = 0;
     for (const Record& record : table_) {
         const double target = Blend(record.values, u_, v_);

@@ -27,8 +27,9 @@ public:
 
     // The pad's position as two values from 0 to 1, u (index 0) first.
     ZValue& axis(int index) { return index == 0 ? uValue_ : vValue_; }
-    // When the pad moved since the last blend, blends at its position and marks every
-    // parameter it sets for the host. Returns how many parameters it set.
+    // Blends at the pad's position, whether or not it moved (a move to where the pad
+    // stands sets the values too), and marks every parameter it sets for the host.
+    // Returns how many parameters it set.
     int follow(ZParameterRegistry& registry);
 
 private:
@@ -43,8 +44,6 @@ private:
     std::vector<Record> table_;
     double u_ = 0.0;
     double v_ = 0.0;
-    double blendedU_ = 0.0;
-    double blendedV_ = 0.0;
     ZValueDouble uValue_{&u_, 0.0, 1.0, 0.0, 0.01, "{0;.3}"};
     ZValueDouble vValue_{&v_, 0.0, 1.0, 0.0, 0.01, "{0;.3}"};
 };

@@ -135,12 +135,15 @@ std::string ZQuessaneAudioEffectPlugin::MorphWarning() const
 
 // ---------------------------------------------------------------- host reach
 
+// Each request carries the number of state loads before it, so that a load supersedes
+// every request made before it, however late the update thread comes to it.
 void ZQuessaneAudioEffectPlugin::HostChangedParameter(int32_t index)
 {
-    if (index == slotParameter_ || index == morphParameterIndex(0) || index == morphParameterIndex(1)) {
-        hostRequest_.store(true, std::memory_order_release);
-        updates_.Request();
-    }
+    const bool slot = index == slotParameter_;
+    if (!slot && index != morphParameterIndex(0) && index != morphParameterIndex(1))
+        return;
+    (slot ? slotRequest_ : padRequest_).store(loads_.load(std::memory_order_acquire) + 1, std::memory_order_release);
+    updates_.Request();
 }
 
 void ZQuessaneAudioEffectPlugin::PrepareForProcessingOnce(float* const* inputs, float* const* outputs, int32_t sampleCount)
@@ -158,13 +161,20 @@ void ZQuessaneAudioEffectPlugin::ProcessUpdate()
     if (presets_ != nullptr && HasPresetStep() &&
         Guarded("ZQuessaneAudioEffectPlugin::ProcessUpdate", false, [&] { return FollowPresetSwitch(*presets_); }))
         StateChanged();
-    if (hostRequest_.exchange(false, std::memory_order_acq_rel))
+    const uint64_t slotRequest = slotRequest_.exchange(0, std::memory_order_acq_rel);
+    const uint64_t padRequest = padRequest_.exchange(0, std::memory_order_acq_rel);
+    if (slotRequest != 0 || padRequest != 0)
         GuardedVoid("ZQuessaneAudioEffectPlugin::ProcessUpdate", [&] {
             ZLockHolder hold(processingLock(), -1);
+            const uint64_t current = loads_.load(std::memory_order_acquire) + 1;
+            if (slotRequest != current && padRequest != current)
+                return;
             // Host changes made before the request belong to the slot that is left.
             parameters().takeParked();
-            switchSlots();
-            morph_.follow(parameters());
+            if (slotRequest == current)
+                switchSlots();
+            if (padRequest == current)
+                morph_.follow(parameters());
         });
     ZAudioEffectPluginToAudioPluginAdapter::ProcessUpdate();
 }
@@ -219,14 +229,29 @@ void ZQuessaneAudioEffectPlugin::RequestProgram(int32_t index)
 
 void ZQuessaneAudioEffectPlugin::Serialize(const ZSerializationContext& context)
 {
+    if (context.reading())
+        loads_.fetch_add(1, std::memory_order_acq_rel);
     int32_t agc = agc_;
     context.kept("AGC", agc);
     if (context.reading())
         setAGCUnlocked(agc != 0);
+    serializePad(context);
     slots_.serialize(context);
     ZAudioEffectPluginToAudioPluginAdapter::Serialize(context);
     if (context.reading())
         captureStoredCorners(context.element());
+}
+
+// The pad's position, by its parameters' names; read back as it was, without blending.
+void ZQuessaneAudioEffectPlugin::serializePad(const ZSerializationContext& context)
+{
+    for (int axis = 0; axis < 2; ++axis) {
+        ZValue& value = morph_.axis(axis);
+        double position = value.getNormalized();
+        context.item(parameters().info(morphParameterIndex(axis)).id, position, 0.0);
+        if (context.reading())
+            value.setNormalized(position);
+    }
 }
 
 // ---------------------------------------------------------------- AGC

@@ -94,6 +94,7 @@ private:
     bool switchSlots();
     void captureCorner(int slot);
     void captureStoredCorners(ZMLElement& loadedState);
+    void serializePad(const ZSerializationContext& context);
     void setAGCUnlocked(bool on);
 
     ZStateSlots slots_{*this};
@@ -105,7 +106,11 @@ private:
     int agcParameter_ = -1;
     int slotParameter_ = -1;
     int firstMorphParameter_ = -1;
-    std::atomic<bool> hostRequest_{false};
+    // A host's slot or pad request: 0 for none, else the number of state loads before it
+    // plus one; a request older than the last load is dropped.
+    std::atomic<uint64_t> slotRequest_{0};
+    std::atomic<uint64_t> padRequest_{0};
+    std::atomic<uint64_t> loads_{0};
     std::unique_ptr<ZPluginPresetManager> presets_;
     std::vector<std::string> programNames_; // the factory presets' names, fixed once set
     std::atomic<int32_t> requestedProgram_{-1};

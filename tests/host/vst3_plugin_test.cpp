@@ -553,6 +553,49 @@ TEST(VST3Plugin, VariableBlocksAndEveryRateGiveCleanOutput)
         }
 }
 
+// A pad move or slot switch the host asked for before a state load never lands after
+// it: the state reads back exactly as loaded, the pad's position included, while the
+// audio thread runs and the update thread carries out the host's requests.
+TEST(VST3Plugin, AStateLoadSupersedesThePadAndSlotChangesAskedBeforeIt)
+{
+    constexpr ParamID kSlot = 48, kPadU = 49, kPadV = 50;
+    std::vector<std::vector<uint8_t>> states;
+    {
+        // All slots alike, so moving the pad changes no value: one state at the pad's
+        // default, one away from it.
+        Instance source(Factory());
+        source.controller()->setParamNormalized(kDepth, 0.9);
+        states.push_back(source.state());
+        source.controller()->setParamNormalized(kDepth, 0.2);
+        source.controller()->setParamNormalized(kPadU, 0.3);
+        source.controller()->setParamNormalized(kPadV, 0.7);
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        states.push_back(source.state());
+    }
+    Instance instance(Factory());
+    ASSERT_EQ(instance.start(48000.0, 256), kResultOk);
+    std::atomic<bool> done{false};
+    std::thread audio([&] {
+        while (!done)
+            RunBlocks(instance, Silence(2, 256), 256);
+    });
+    std::mt19937 generator(5);
+    std::uniform_real_distribution<double> uniform(0.0, 1.0);
+    for (int i = 0; i < 150; ++i) {
+        instance.controller()->setParamNormalized(kPadU, uniform(generator));
+        instance.controller()->setParamNormalized(kPadV, uniform(generator));
+        if (i % 3 == 0)
+            instance.controller()->setParamNormalized(kSlot, (generator() % 8) / 7.0);
+        if (i % 5 == 0)
+            std::this_thread::sleep_for(std::chrono::microseconds(200));
+        const std::vector<uint8_t>& loaded = states[static_cast<size_t>(i) % 2];
+        ASSERT_EQ(instance.setState(loaded), kResultOk);
+        ASSERT_EQ(instance.state(), loaded) << "iteration " << i;
+    }
+    done = true;
+    audio.join();
+}
+
 TEST(VST3Plugin, ParametersAndStateFromAnotherThreadWhileProcessing)
 {
     Instance instance(Factory());

@@ -158,6 +158,9 @@ struct Morph : ::testing::Test {
 
 TEST_F(Morph, CornersGiveTheirSlotsAndTheCentreTheMeanOfAll)
 {
+    // The first move, from slot E to where the pad already stands, sets slot A's values.
+    EXPECT_EQ(core->MoveMorph(0.0, 0.0), 3);
+    expect(*core, 0.1, 0.8, 0.2);
     EXPECT_EQ(core->MoveMorph(1.0, 0.0), 3);
     expect(*core, 0.3, 0.6, 0.4); // B
     core->MoveMorph(0.5, 0.5);
@@ -197,11 +200,19 @@ TEST_F(Morph, WarnsWhileTheLiveSlotIsOneOfAToD)
               "different presets, because you are going to change one of them.");
 }
 
-TEST_F(Morph, HostStateLoadTakesTheCornersFromTheLoadedSlots)
+TEST_F(Morph, HostStateLoadTakesTheCornersFromTheLoadedSlotsAndThePad)
 {
+    ZMLElement atDefault("settings");
+    StorePluginState(*core, atDefault);
+    EXPECT_EQ(atDefault.findAttribute("ABCDMorphingU"), nullptr) << "the pad at its default is left out";
+
+    core->MoveMorph(0.25, 0.5);
     const ZMemoryStream block = SavePluginState(*core);
     auto target = NewReverb();
     LoadPluginState(*target, block.data(), static_cast<int32_t>(block.size()));
+    EXPECT_EQ(target->GetParameter(target->morphParameterIndex(0)), 0.25);
+    EXPECT_EQ(target->GetParameter(target->morphParameterIndex(1)), 0.5);
+    expect(*target, 0.375, 0.45, 0.45);
     target->MoveMorph(0.5, 0.5);
     expect(*target, 0.45, 0.4, 0.5);
 }
