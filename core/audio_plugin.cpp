@@ -14,6 +14,10 @@ namespace {
 // Used when a host starts processing without having told the sample rate or block size
 // (plug-in scanners answer 0 to both).
 constexpr double kFallbackSampleRate = 44100.0;
+// The rates taken from hosts: anything slower is no audio rate, anything faster would
+// size the delay lines past reason.
+constexpr double kLowestSampleRate = 100.0;
+constexpr double kHighestSampleRate = 768000.0;
 constexpr int kFallbackBlockSize = 1024;
 
 void sizeBuffers(std::vector<std::vector<float>>& buffers, int count, int length)
@@ -215,9 +219,15 @@ void ZAudioPlugin::StateChanged()
         parameters().markForHost(index);
 }
 
+bool ZAudioPlugin::IsUsableSampleRate(double rate)
+{
+    return rate > kLowestSampleRate && rate <= kHighestSampleRate;
+}
+
 void ZAudioPlugin::InitProcessing()
 {
     ZLockHolder hold(processingLock_, -1);
+    prepared_ = false;
     if (!(sampleRate_ > 0.0) || !std::isfinite(sampleRate_))
         SetSampleRate(kFallbackSampleRate);
     if (maxBlockSize_ <= 0)

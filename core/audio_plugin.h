@@ -111,8 +111,11 @@ public:
     virtual void StateChanged();
 
     // Prepares buffers, oversampler and delay lines for the sample rate and maximal block
-    // length; runs under the processing lock.
+    // length; runs under the processing lock. Until it completes the instance is
+    // unprepared, so a preparation that fails leaves it silent.
     virtual void InitProcessing();
+    // Rates above 100 Hz and up to 768 kHz; hosts' other rates are not taken.
+    static bool IsUsableSampleRate(double rate);
 
     // ---- processing hooks ----
     // Limit to which oversampled output is clamped; below 0 means no clamp.
@@ -173,6 +176,9 @@ public:
     const ZBlockBuffers& currentOutputs() const { return currentOutputs_; }
 
 protected:
+    // For a level above whose own preparation failed: the instance stays silent until the
+    // next preparation succeeds. Under the processing lock.
+    void AbandonPreparation() { prepared_ = false; }
     void SetNames(std::string productName, std::string vendorName);
 
 private:

@@ -134,18 +134,28 @@ void ZAudioEffectPluginToAudioPluginAdapter::InitProcessing()
     GuardedVoid("ZAudioEffectPluginToAudioPluginAdapter::InitProcessing", [&] {
         ZLockHolder hold(processingLock(), -1);
         ZAudioPlugin::InitProcessing();
-        // The effect and the modulators run at the oversampled rate.
-        const int factor = oversampling();
-        effect_->Prepare(sampleRate() * factor, maxBlockSize() * factor);
-        const int32_t flags = effect_->GetProcessingFlags();
-        SetClearOutputsFirst((flags & ZAudioEffectPlugin::kFlagAddsIntoOutputs) != 0);
-        SetSeparateInputBuffers((flags & ZAudioEffectPlugin::kFlagNeedsSeparateInputs) != 0);
-        for (auto& lfo : lfos_)
-            lfo->prepare(sampleRate() * factor, maxBlockSize() * factor);
-        for (auto& multiParameter : multiParameters_)
-            multiParameter->stopSwitch();
-        SetLatency(effect_->GetLatency());
+        try {
+            prepareEffectAndModulators();
+        } catch (...) {
+            AbandonPreparation();
+            throw;
+        }
     });
+}
+
+void ZAudioEffectPluginToAudioPluginAdapter::prepareEffectAndModulators()
+{
+    // The effect and the modulators run at the oversampled rate.
+    const int factor = oversampling();
+    effect_->Prepare(sampleRate() * factor, maxBlockSize() * factor);
+    const int32_t flags = effect_->GetProcessingFlags();
+    SetClearOutputsFirst((flags & ZAudioEffectPlugin::kFlagAddsIntoOutputs) != 0);
+    SetSeparateInputBuffers((flags & ZAudioEffectPlugin::kFlagNeedsSeparateInputs) != 0);
+    for (auto& lfo : lfos_)
+        lfo->prepare(sampleRate() * factor, maxBlockSize() * factor);
+    for (auto& multiParameter : multiParameters_)
+        multiParameter->stopSwitch();
+    SetLatency(effect_->GetLatency());
 }
 
 void ZAudioEffectPluginToAudioPluginAdapter::ProcessSubBlock(float* const* inputs, float* const* outputs, int32_t n)

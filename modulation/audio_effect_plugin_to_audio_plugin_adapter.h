@@ -129,6 +129,7 @@ public:
     void ProcessPitchBend(int channel, int value, int32_t sampleOffset) override;
 
 private:
+    void prepareEffectAndModulators();
     void attachEffect(std::unique_ptr<ZAudioEffectPlugin> effect);
     void registerParameters();
     void serializeSettings(const ZSerializationContext& context);

@@ -162,7 +162,7 @@ void ZAudioPluginVSTAdapter::setSampleRate(float rate)
 {
     GuardedVoid("ZAudioPluginVSTAdapter::setSampleRate", [&] {
         ZVST2AudioEffect::setSampleRate(rate);
-        if (rate > 100.0f) {
+        if (ZAudioPlugin::IsUsableSampleRate(rate)) {
             core_->SetSampleRate(rate);
             core_->InitProcessing();
         }

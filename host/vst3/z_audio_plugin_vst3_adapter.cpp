@@ -130,6 +130,14 @@ void ZAudioPluginVST3Adapter::addUnits()
     }
 }
 
+// A rate the core does not take is refused, and the previous set-up stays.
+tresult PLUGIN_API ZAudioPluginVST3Adapter::setupProcessing(ProcessSetup& setup)
+{
+    if (!ZAudioPlugin::IsUsableSampleRate(setup.sampleRate))
+        return kResultFalse;
+    return ZVST3AudioEffect::setupProcessing(setup);
+}
+
 tresult PLUGIN_API ZAudioPluginVST3Adapter::setActive(TBool state)
 {
     return Guarded("ZAudioPluginVST3Adapter::setActive", tresult{kResultFalse}, [&]() -> tresult {

@@ -551,6 +551,11 @@ TEST(VST3Plugin, VariableBlocksAndEveryRateGiveCleanOutput)
                 channel.resize(static_cast<size_t>(rate * 1.2), 0.0f);
             EXPECT_TRUE(Clean(RunBlocks(instance, input, static_cast<size_t>(block)))) << rate << " " << block;
         }
+    // Rates of 100 Hz and below or above 768 kHz are refused.
+    Instance refusing(Factory());
+    for (double rate : {100.0, 768001.0, 1e9})
+        EXPECT_EQ(refusing.start(rate, 256), kResultFalse) << rate;
+    EXPECT_EQ(refusing.start(768000.0, 256), kResultOk);
 }
 
 // A pad move or slot switch the host asked for before a state load never lands after

@@ -1,6 +1,8 @@
 #include "core/z_value_number.h"
 #include "modulation/audio_effect_plugin_to_audio_plugin_adapter.h"
 
+#include "core/z_exception.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -35,7 +37,15 @@ public:
             changed = value->isChanged() || changed, value->clearChanged();
         return changed;
     }
+    bool failPreparation = false;
+
     void Update() override { ++updates; }
+    void Prepare(double rate, int32_t block) override
+    {
+        if (failPreparation)
+            throw ZException("Out of memory.");
+        ZAudioEffectPlugin::Prepare(rate, block);
+    }
     void Process(const ZHostTimeInfo*, float* const* in, float* const* out, int32_t n) override
     {
         gainsSeen.push_back(gain);
@@ -81,6 +91,23 @@ ZModulatorTarget TargetOn(int parameter, double value, double depth, ZRangeMode 
     ZModulatorTarget target;
     target.parameter = parameter, target.value = value, target.range = depth, target.rangeMode = mode;
     return target;
+}
+
+TEST(ModulatorHost, AFailedPreparationLeavesTheInstanceSilentUntilOneSucceeds)
+{
+    Host host;
+    host.effect->failPreparation = true;
+    host.core.InitProcessing();
+    std::fill(host.left.begin(), host.left.end(), 1.0f);
+    host.run();
+    EXPECT_TRUE(host.effect->gainsSeen.empty()) << "a half-prepared effect was run";
+    EXPECT_EQ(host.left, std::vector<float>(host.left.size(), 0.0f));
+
+    host.effect->failPreparation = false;
+    host.core.InitProcessing();
+    std::fill(host.left.begin(), host.left.end(), 1.0f);
+    host.run();
+    EXPECT_FLOAT_EQ(host.left[0], 0.5f);
 }
 
 TEST(ModulatorHost, RegistersTheModulatorsParametersAfterTheEffects)
