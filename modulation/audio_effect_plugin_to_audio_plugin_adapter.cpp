@@ -97,9 +97,9 @@ void ZAudioEffectPluginToAudioPluginAdapter::registerParameters()
         const std::string number = std::to_string(lfo->number());
         parameters().add({"LFO" + number + "Enabled", "LFO " + number + " enable", "", ZParameterType::Switch, "", true},
                          &lfo->enabledValue());
-        parameters().add({"LFO" + number + "Frequency", "LFO " + number + " frequency", "Hz", ZParameterType::Float, "", true},
+        parameters().add({"LFO" + number + "Frequency", "LFO " + number + " frequency", "", ZParameterType::Float, "", true},
                          &lfo->frequencyValue());
-        parameters().add({"LFO" + number + "Amount", "LFO " + number + " modulation", "%", ZParameterType::Float, "", true},
+        parameters().add({"LFO" + number + "Amount", "LFO " + number + " modulation", "", ZParameterType::Float, "", true},
                          &lfo->amountValue());
     }
 }

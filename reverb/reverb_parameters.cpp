@@ -44,8 +44,8 @@ ZReverbParameters::ZReverbParameters(ZEqualizerProcessorPlugin& equalizer)
     addNumber("attack", "Attack", &s.attack, 0.0, 0.1, 0.0001, kAttack, Display::Time);
     addNumber("release", "Release", &s.release, 0.0, 10.0, 0.001, kRelease, Display::Time);
     addPanel("Equalizer", kEqualizer);
-    records_.push_back({{"LowCut", "Low cut", "Hz", ZParameterType::Float, equalizer.lowCutHelp(), true}, &equalizer.lowCutValue()});
-    records_.push_back({{"HighCut", "High cut", "Hz", ZParameterType::Float, equalizer.highCutHelp(), true}, &equalizer.highCutValue()});
+    records_.push_back({{"LowCut", "Low cut", "", ZParameterType::Float, equalizer.lowCutHelp(), true}, &equalizer.lowCutValue()});
+    records_.push_back({{"HighCut", "High cut", "", ZParameterType::Float, equalizer.highCutHelp(), true}, &equalizer.highCutValue()});
     addNumber("saturation", "Saturation", &s.saturation, 0.0, 1.0, 0.01, kSaturation, Display::Percent);
     addValue("saturationmode", "Mode", ZParameterType::Enumeration, kSaturationmode,
              std::make_unique<ZValueEnum<ZSaturationMode>>(&s.saturationMode, ZSaturationMode::Soft1));

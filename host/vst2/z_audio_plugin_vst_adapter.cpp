@@ -143,8 +143,10 @@ bool ZAudioPluginVSTAdapter::getParameterProperties(VstInt32 index, VstParameter
             return false;
         *properties = VstParameterProperties{};
         const ZParameterType type = core_->GetParameterType(index);
-        copyText(properties->label, core_->GetParameterUnitsName(index), kVstMaxLabelLen - 1);
-        copyText(properties->shortLabel, core_->GetParameterUnitsName(index), kVstMaxShortLabelLen - 1);
+        // Hosts show the properties' label as the parameter's name.
+        const std::string name = core_->GetParameterName(index);
+        copyText(properties->label, name, kVstMaxLabelLen - 1);
+        copyText(properties->shortLabel, name, kVstMaxShortLabelLen - 1);
         if (type == ZParameterType::Switch || type == ZParameterType::Panel) {
             properties->flags = kVstParameterIsSwitch;
         } else if (type == ZParameterType::Enumeration || type == ZParameterType::Integer) {

@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
+
 #include <dlfcn.h>
 #include <pluginterfaces/base/funknown.h>
 #include <pluginterfaces/vst/ivstmidicontrollers.h>
@@ -296,6 +298,55 @@ TEST(VST3Plugin, BusesParametersUnitsAndMIDIMapping)
     ASSERT_TRUE(mapping);
     ParamID id = 0;
     EXPECT_EQ(mapping->getMidiControllerAssignment(0, 0, 7, id), kResultFalse);
+}
+
+// Every parameter as a host's generic editor shows it: its name (VST 2.4 hosts take the
+// parameter properties' label for it), its display and a unit that stands once.
+TEST(VST3Plugin, EveryParameterShowsItsNameAndItsUnitOnceInBothStandards)
+{
+    const char* const names[52] = {
+        "Globals", "Dry/wet", "Early/late", "Widening", "Predelay", "Room", "Size", "Width", "Diffusion",
+        "Reverb time", "Reverb diffusion", "Reverb mode", "Color", "Low dampening", "Low frequency",
+        "High dampening", "High frequency", "Modulation", "Modulation freq", "Gate", "Threshold", "Size", "Attack",
+        "Release", "Equalizer", "Low cut", "High cut", "Saturation", "Mode", "Position X", "Position Y",
+        "MultiParameter 1", "MultiParameter 2", "MultiParameter 3", "MultiParameter 4", "Bypass",
+        "LFO 1 enable", "LFO 1 frequency", "LFO 1 modulation", "LFO 2 enable", "LFO 2 frequency", "LFO 2 modulation",
+        "LFO 3 enable", "LFO 3 frequency", "LFO 3 modulation", "LFO 4 enable", "LFO 4 frequency", "LFO 4 modulation",
+        "AH", "ABCD morphing U", "ABCD morphing V", "AGC"};
+    const std::set<int> panels = {0, 5, 12, 24};
+    Instance instance(Factory());
+    Vst2Reference reference;
+    auto vst2Text = [&](VstInt32 opcode, VstInt32 index) {
+        char text[256] = {};
+        reference.dispatch(opcode, index, 0, text);
+        return std::string(text);
+    };
+    auto utf8 = [](const String128 text) {
+        std::string narrow;
+        for (const TChar* c = text; *c != 0; ++c)
+            narrow += static_cast<char>(*c); // the names and units are ASCII
+        return narrow;
+    };
+    for (int index = 0; index < 52; ++index) {
+        SCOPED_TRACE("parameter " + std::to_string(index));
+        VstParameterProperties properties{};
+        ASSERT_EQ(reference.dispatch(effGetParameterProperties, index, 0, &properties), 1);
+        EXPECT_STREQ(properties.label, names[index]);
+        const std::string display = vst2Text(effGetParamDisplay, index);
+        const std::string label = vst2Text(effGetParamLabel, index);
+        EXPECT_EQ(display.empty(), panels.count(index) == 1);
+        EXPECT_TRUE(label.empty() || display.find(label) == std::string::npos) << display << " " << label;
+
+        ParameterInfo info;
+        ASSERT_EQ(instance.controller()->getParameterInfo(index, info), kResultOk);
+        EXPECT_EQ(utf8(info.title), names[index]);
+        String128 text;
+        ASSERT_EQ(instance.controller()->getParamStringByValue(info.id, info.defaultNormalizedValue, text), kResultOk);
+        EXPECT_EQ(utf8(text), display);
+        EXPECT_TRUE(utf8(info.units).empty() || display.find(utf8(info.units)) == std::string::npos);
+    }
+    EXPECT_EQ(vst2Text(effGetParamDisplay, 25), "20.0 Hz");
+    EXPECT_EQ(vst2Text(effGetParamDisplay, 26), "20.0 kHz");
 }
 
 TEST(VST3Plugin, ProcessesLikeTheVST2PathAndStoresTheSameBlock)
