@@ -1,6 +1,7 @@
 #include "core/audio_plugin.h"
 
 #include "core/exception_frame.h"
+#include "core/value_displays.h"
 #include "core/vector_kernels.h"
 #include "core/z_exception.h"
 
@@ -29,7 +30,7 @@ void sizeBuffers(std::vector<std::vector<float>>& buffers, int count, int length
 
 ZAudioPlugin::ZAudioPlugin()
 {
-    bypassValue_.setFormatter([](int on) { return std::string(on != 0 ? "On" : "Off"); });
+    bypassValue_.setFormatter(FormatOnOff);
 }
 ZAudioPlugin::~ZAudioPlugin() = default;
 

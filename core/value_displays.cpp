@@ -3,19 +3,11 @@
 #include "core/z_format.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 
 namespace halvern {
 
 namespace {
-
-bool SameUnit(std::string_view typed, std::string_view unit)
-{
-    return typed.size() == unit.size() && std::equal(typed.begin(), typed.end(), unit.begin(), [](char a, char b) {
-               return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
-           });
-}
 
 // A number with one of the units that may follow it (case ignored); a bare number takes
 // the first unit's factor. False for any other unit.
@@ -30,7 +22,7 @@ bool ParseWithUnits(std::string_view text, std::initializer_list<std::pair<std::
         return true;
     }
     for (const auto& [name, factor] : units)
-        if (SameUnit(unit, name)) {
+        if (ZEqualsIgnoringCase(unit, name)) {
             value = number * factor;
             return true;
         }

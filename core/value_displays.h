@@ -7,10 +7,10 @@
 
 namespace halvern {
 
-// A fraction shown as percent with one decimal: 0.255 -> "25.5 %". Typed text is read
-// as percent.
 // "On" or "Off" for a switch.
 std::string FormatOnOff(int on);
+// A fraction shown as percent with one decimal: 0.255 -> "25.5 %". Typed text is read
+// as percent.
 std::string FormatPercent(double fraction);
 bool ParsePercent(std::string_view text, double& fraction);
 

@@ -3,6 +3,7 @@
 #include "core/z_exception.h"
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cmath>
 
@@ -259,15 +260,25 @@ bool ZParseNumber(std::string_view text, double& value, std::string_view* rest)
     if (result.ec != std::errc() || !std::isfinite(number))
         return false;
     value = number;
-    if (rest != nullptr) {
-        std::string_view after(result.ptr, static_cast<size_t>(text.data() + text.size() - result.ptr));
-        while (!after.empty() && isWhitespace(after.front()))
-            after.remove_prefix(1);
-        while (!after.empty() && isWhitespace(after.back()))
-            after.remove_suffix(1);
-        *rest = after;
-    }
+    if (rest != nullptr)
+        *rest = ZTrimmed(std::string_view(result.ptr, static_cast<size_t>(text.data() + text.size() - result.ptr)));
     return true;
+}
+
+std::string_view ZTrimmed(std::string_view text)
+{
+    while (!text.empty() && isWhitespace(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && isWhitespace(text.back()))
+        text.remove_suffix(1);
+    return text;
+}
+
+bool ZEqualsIgnoringCase(std::string_view a, std::string_view b)
+{
+    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+               return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+           });
 }
 
 std::string ZFormatFixed(double value, int decimals)

@@ -76,6 +76,11 @@ bool ZScanFormat(std::string_view format, std::string_view input, std::vector<st
 // false when there is no finite number.
 bool ZParseNumber(std::string_view text, double& value, std::string_view* rest = nullptr);
 
+// The text without the whitespace around it.
+std::string_view ZTrimmed(std::string_view text);
+// True when both texts are equal with ASCII case ignored.
+bool ZEqualsIgnoringCase(std::string_view a, std::string_view b);
+
 // The number in fixed-point notation with the given decimals, like printf's "%.*f"
 // but independent of the C locale.
 std::string ZFormatFixed(double value, int decimals);

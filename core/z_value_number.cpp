@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
+#include <type_traits>
 #include <vector>
 
 namespace halvern {
@@ -216,12 +217,33 @@ bool ZValueNumber<V, S, R, X>::parse(std::string_view text, S& value) const
 {
     if (parser_)
         return parser_(text, value);
+    if (matchDisplayText(text, value))
+        return true;
     std::vector<std::string> arguments;
     double number = 0;
     if (!ZScanFormat(format_, text, arguments) || arguments.empty() || !ZParseNumber(arguments[0], number))
         return false;
     value = ZSaturatingCast<S>(number);
     return true;
+}
+
+// A whole-number value shown by a formatter reads its own texts back, whatever their case
+// ("on" sets a switch shown as "On"); ranges of more than kMaxMatchedSteps values are
+// left to the numbers.
+template <class V, class S, int R, int X>
+bool ZValueNumber<V, S, R, X>::matchDisplayText(std::string_view text, S& value) const
+{
+    if constexpr (std::is_integral_v<S>) {
+        if (!formatter_ || maximum_ < minimum_ || maximum_ - minimum_ >= kMaxMatchedSteps)
+            return false;
+        const std::string_view typed = ZTrimmed(text);
+        for (S candidate = minimum_; candidate <= maximum_; ++candidate)
+            if (ZEqualsIgnoringCase(formatter_(candidate), typed)) {
+                value = candidate;
+                return true;
+            }
+    }
+    return false;
 }
 
 // A write that is not clamped, as from storage or attributes.

@@ -63,6 +63,8 @@ private:
     ValueType limited(ValueType value) const;
     std::string textOf(ValueType value) const;
     bool parse(std::string_view text, StorageType& value) const;
+    bool matchDisplayText(std::string_view text, StorageType& value) const;
+    static constexpr StorageType kMaxMatchedSteps = 256;
     void store(StorageType value);
     bool write(StorageType value);
 

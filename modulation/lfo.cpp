@@ -26,7 +26,7 @@ ZLFO::ZLFO(ZLock& processingLock, ZModulatorTarget firstTarget, int number)
       targets_(processingLock, firstTarget),
       processingLock_(processingLock)
 {
-    enabledValue_.setFormatter([](int on) { return std::string(on != 0 ? "On" : "Off"); });
+    enabledValue_.setFormatter(FormatOnOff);
     frequencyValue_.setFormatter([](double hz) { return FormatFrequency(hz); });
     amountValue_.setFormatter([](double fraction) { return FormatPercent(fraction); });
     amountValue_.setParser([](std::string_view text, double& fraction) { return ParsePercent(text, fraction); });

@@ -99,6 +99,7 @@ public:
         dispatch(effMainsChanged, 0, 1);
     }
     void set(ParamID id, float value) { effect_->setParameter(effect_, static_cast<VstInt32>(id), value); }
+    float parameter(ParamID id) { return effect_->getParameter(effect_, static_cast<VstInt32>(id)); }
     std::vector<uint8_t> chunk()
     {
         void* data = nullptr;
@@ -347,6 +348,26 @@ TEST(VST3Plugin, EveryParameterShowsItsNameAndItsUnitOnceInBothStandards)
     }
     EXPECT_EQ(vst2Text(effGetParamDisplay, 25), "20.0 Hz");
     EXPECT_EQ(vst2Text(effGetParamDisplay, 26), "20.0 kHz");
+}
+
+TEST(VST3Plugin, SwitchesTakeTheirOwnDisplayTextsInBothStandards)
+{
+    constexpr ParamID kGate = 19, kAGC = 51;
+    Instance instance(Factory());
+    Vst2Reference reference;
+    for (ParamID id : {kGate, kBypass, kAGC})
+        for (auto [typed, expected] : {std::pair{"On", 1.0}, {"off", 0.0}, {" ON ", 1.0}, {"Off", 0.0}}) {
+            SCOPED_TRACE(std::to_string(id) + " " + typed);
+            std::string text = typed;
+            ASSERT_EQ(reference.dispatch(effString2Parameter, static_cast<VstInt32>(id), 0, text.data()), 1);
+            EXPECT_EQ(reference.parameter(id), expected);
+            std::u16string wide(text.begin(), text.end());
+            ParamValue value = -1.0;
+            ASSERT_EQ(instance.controller()->getParamValueByString(id, reinterpret_cast<TChar*>(wide.data()), value), kResultOk);
+            EXPECT_EQ(value, expected);
+        }
+    std::string unknown = "Maybe";
+    EXPECT_EQ(reference.dispatch(effString2Parameter, kGate, 0, unknown.data()), 0);
 }
 
 TEST(VST3Plugin, ProcessesLikeTheVST2PathAndStoresTheSameBlock)

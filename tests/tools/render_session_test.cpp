@@ -34,6 +34,7 @@ TEST(RenderSession, UnknownKeysTextsAndLibrariesAreReported)
     RenderSession session(48000.0, 512, HALVERN_PLUGIN_PATH);
     EXPECT_THROW(session.setByKey("NoSuchKey", "1"), std::runtime_error);
     EXPECT_THROW(session.setByKey("LowFreq", "0"), std::runtime_error); // not a frequency
+    EXPECT_NO_THROW(session.setByKey("Gate", "On")); // a switch by its display text
     EXPECT_THROW(session.setByIndex(1000, 0.5), std::runtime_error);
     EXPECT_THROW(RenderSession(48000.0, 512, "/nonexistent/plugin.so"), std::runtime_error);
     EXPECT_THROW(session.core(), std::logic_error);
