@@ -1,24 +1,6 @@
 // halvern-render: runs audio through the reverb offline, block by block as a host
 // would, writes the result with the reverb's tail, and prints a decay report measured
 // on the impulse response of the same settings.
-//
-// Usage: halvern-render [--in FILE] [--out FILE] [--ir] [--preset NAME] [--set KEY=VALUE]...
-//                       [--index N=X]... [--rate HZ] [--block N] [--plugin PATH.so]
-//   --in FILE       audio file to process (mono feeds both channels); without it the
-//                   built-in test signal (clicks and a tone burst) is used
-//   --out FILE      where to write the result (default halvern-render.wav)
-//   --ir            write the impulse response instead of the processed signal
-//   --preset NAME   start from the factory preset of that name, loaded through the
-//                   preset manager as the plug-in loads it; --set and --index then
-//                   change it (the reverb built into the program only)
-//   --set KEY=VALUE a parameter by its key, in display units ("ReverbTime=2500" ms,
-//                   "Size=20" metres, "ReverbDepth=80" percent, "ReverbMode=Mode 3")
-//   --index N=X     a parameter by its index, normalised 0..1
-//   --rate HZ       sample rate for the built-in signal and the impulse (default 48000)
-//   --block N       block length handed to the plug-in (default 512)
-//   --plugin PATH   a VST 2.4 plug-in library to render through, loaded by its entry
-//                   point as a host loads it, instead of the reverb built into the
-//                   program; --set then takes the plug-in's parameter names
 
 #include "modulation/audio_effect_plugin_to_audio_plugin_adapter.h"
 #include "tools/audio_file.h"
@@ -26,6 +8,7 @@
 #include "tools/render_session.h"
 #include "tools/test_signal.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -38,7 +21,32 @@ namespace {
 
 using namespace halvern::tools;
 
+constexpr const char* kUsage =
+    "Usage: halvern-render [--in FILE] [--out FILE] [--ir] [--preset NAME] [--set KEY=VALUE]...\n"
+    "                      [--index N=X]... [--rate HZ] [--block N] [--plugin PATH.so]\n"
+    "  --in FILE       audio file to process (mono feeds both channels); without it the\n"
+    "                  built-in test signal (clicks and a tone burst) is used\n"
+    "  --out FILE      where to write the result (default halvern-render.wav)\n"
+    "  --ir            write the impulse response instead of the processed signal\n"
+    "  --preset NAME   start from the factory preset of that name, loaded through the\n"
+    "                  preset manager as the plug-in loads it; --set and --index then\n"
+    "                  change it (the reverb built into the program only)\n"
+    "  --set KEY=VALUE a parameter by its key, in display units (\"ReverbTime=2500\" ms,\n"
+    "                  \"Size=20\" metres, \"ReverbDepth=80\" percent, \"ReverbMode=Mode 3\")\n"
+    "  --index N=X     a parameter by its index, normalised 0..1\n"
+    "  --rate HZ       sample rate for the built-in signal and the impulse (default 48000)\n"
+    "  --block N       block length handed to the plug-in (default 512)\n"
+    "  --plugin PATH   a VST 2.4 plug-in library to render through, loaded by its entry\n"
+    "                  point as a host loads it, instead of the reverb built into the\n"
+    "                  program; --set then takes the plug-in's parameter names\n";
+
+// A command line that cannot be run: the usage follows the message.
+struct UsageError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
 struct Options {
+    bool help = false;
     std::string in;
     std::string out = "halvern-render.wav";
     std::string plugin;
@@ -54,8 +62,21 @@ std::pair<std::string, std::string> splitAssignment(const std::string& text)
 {
     const auto equals = text.find('=');
     if (equals == std::string::npos || equals == 0)
-        throw std::runtime_error("expected KEY=VALUE, got \"" + text + "\"");
+        throw UsageError("expected KEY=VALUE, got \"" + text + "\"");
     return {text.substr(0, equals), text.substr(equals + 1)};
+}
+
+// The whole text as a number, or a usage error naming what expected it.
+double numberFor(const std::string& what, const std::string& text)
+{
+    size_t used = 0;
+    try {
+        const double number = std::stod(text, &used);
+        if (used == text.size())
+            return number;
+    } catch (const std::exception&) {
+    }
+    throw UsageError(what + " takes a number, not \"" + text + "\"");
 }
 
 Options parse(int argc, char** argv)
@@ -63,37 +84,43 @@ Options parse(int argc, char** argv)
     Options options;
     for (int i = 1; i < argc; ++i) {
         const std::string flag = argv[i];
+        if (flag == "--help" || flag == "-h") {
+            options.help = true;
+            return options;
+        }
         if (flag == "--ir") {
             options.impulse = true;
             continue;
         }
-        if (i + 1 >= argc)
-            throw std::runtime_error("missing value after " + flag);
-        const std::string value = argv[++i];
+        const auto take = [&] {
+            if (i + 1 >= argc)
+                throw UsageError("missing value after " + flag);
+            return std::string(argv[++i]);
+        };
         if (flag == "--in")
-            options.in = value;
+            options.in = take();
         else if (flag == "--out")
-            options.out = value;
+            options.out = take();
         else if (flag == "--rate")
-            options.rate = std::stod(value);
+            options.rate = numberFor(flag, take());
         else if (flag == "--block")
-            options.block = std::stoi(value);
+            options.block = static_cast<int>(std::clamp(numberFor(flag, take()), 0.0, 65537.0)); // outside 1..65536 is refused below
         else if (flag == "--plugin")
-            options.plugin = value;
+            options.plugin = take();
         else if (flag == "--preset")
-            options.preset = value;
+            options.preset = take();
         else if (flag == "--set")
-            options.byKey.push_back(splitAssignment(value));
+            options.byKey.push_back(splitAssignment(take()));
         else if (flag == "--index") {
-            const auto [index, normalized] = splitAssignment(value);
-            options.byIndex.emplace_back(std::stoi(index), std::stod(normalized));
+            const auto [index, normalized] = splitAssignment(take());
+            options.byIndex.emplace_back(static_cast<int>(std::clamp(numberFor(flag, index), -1.0, 1e6)), numberFor(flag, normalized));
         } else
-            throw std::runtime_error("unknown option " + flag);
+            throw UsageError("unknown option " + flag);
     }
     if (options.block < 1 || options.block > 65536 || !(options.rate >= 8000.0 && options.rate <= 384000.0))
-        throw std::runtime_error("the block length must be 1..65536 and the rate 8000..384000 Hz");
+        throw UsageError("the block length must be 1..65536 and the rate 8000..384000 Hz");
     if (!options.preset.empty() && !options.plugin.empty())
-        throw std::runtime_error("--preset loads into the reverb built into the program, not into --plugin");
+        throw UsageError("--preset loads into the reverb built into the program, not into --plugin");
     return options;
 }
 
@@ -147,7 +174,15 @@ int run(const Options& options)
 int main(int argc, char** argv)
 {
     try {
-        return run(parse(argc, argv));
+        const Options options = parse(argc, argv);
+        if (options.help) {
+            std::fputs(kUsage, stdout);
+            return EXIT_SUCCESS;
+        }
+        return run(options);
+    } catch (const UsageError& error) {
+        std::fprintf(stderr, "halvern-render: %s\n%s", error.what(), kUsage);
+        return EXIT_FAILURE;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "halvern-render: %s\n", error.what());
         return EXIT_FAILURE;
