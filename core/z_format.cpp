@@ -142,11 +142,16 @@ std::string formatDouble(double value, const ZFormatArgument& options)
 }
 
 // The end of an argument's text in the input: the next occurrence of the literal that
-// follows the argument in the format, or else the next whitespace.
+// follows the argument in the format, or else the next whitespace. Arguments right after
+// it are passed over: side by side, the first takes the text up to the literal after
+// them all, so "{0}{1} ({2+} cents)" reads "C#4 (+12 cents)".
 size_t argumentTextEnd(FormatReader following, std::string_view input, size_t start)
 {
     FormatPiece piece;
-    if (following.next(piece) && !piece.isArgument && !isWhitespace(piece.literal))
+    bool more = following.next(piece);
+    while (more && piece.isArgument)
+        more = following.next(piece);
+    if (more && !isWhitespace(piece.literal))
         return std::min(input.find(piece.literal, start), input.size());
     size_t end = start;
     while (end < input.size() && !isWhitespace(input[end]))
@@ -224,8 +229,12 @@ bool ZScanFormat(std::string_view format, std::string_view input, std::vector<st
             ++at;
     };
 
+    bool afterArgument = false;
     while (at < input.size() && reader.next(piece)) {
-        skipWhitespace();
+        const bool besideArgument = afterArgument && piece.isArgument;
+        afterArgument = piece.isArgument;
+        if (!besideArgument)
+            skipWhitespace();
         if (at == input.size())
             break;
         if (!piece.isArgument) {
@@ -236,7 +245,8 @@ bool ZScanFormat(std::string_view format, std::string_view input, std::vector<st
             ++at;
             continue;
         }
-        const size_t end = argumentTextEnd(reader, input, at);
+        // An argument right after another gets what the first left: nothing.
+        const size_t end = besideArgument ? at : argumentTextEnd(reader, input, at);
         const auto index = static_cast<size_t>(piece.argument.index);
         if (argumentTexts.size() <= index)
             argumentTexts.resize(index + 1);

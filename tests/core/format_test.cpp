@@ -73,6 +73,11 @@ TEST(FormatTest, ScanningExtractsArgumentTexts)
     EXPECT_EQ(arguments, std::vector<std::string>{"7.5"});
     EXPECT_TRUE(ZScanFormat("{0:04}-{1:02}-{2:02}", "2024-03-07", arguments));
     EXPECT_EQ(arguments, (std::vector<std::string>{"2024", "03", "07"}));
+    // Arguments side by side: the first takes the text up to the literal after them.
+    const std::string pitch = ZFormat("{0}{1} ({2+} cents)").arg("C#4").arg("").arg(int32_t{12}).text();
+    EXPECT_EQ(pitch, "C#4 (+12 cents)");
+    EXPECT_TRUE(ZScanFormat("{0}{1} ({2+} cents)", pitch, arguments));
+    EXPECT_EQ(arguments, (std::vector<std::string>{"C#4", "", "+12"}));
     EXPECT_TRUE(ZScanFormat("{1}/{0}", "3/4", arguments));
     EXPECT_EQ(arguments, (std::vector<std::string>{"4", "3"}));
     EXPECT_TRUE(ZScanFormat("a {0}", "a3", arguments)); // format whitespace matches none
