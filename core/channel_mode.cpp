@@ -1,13 +1,21 @@
 #include "core/channel_mode.h"
 
+#include "core/z_format.h"
+
 namespace halvern {
 
-ZChannelMode ChannelModeFromName(std::string_view name)
+bool ChannelModeFromText(std::string_view text, ZChannelMode& mode)
 {
-    for (int i = 0; i < kChannelModeCount; ++i)
-        if (kChannelModeNames[static_cast<size_t>(i)] == name)
-            return static_cast<ZChannelMode>(i);
-    return ZChannelMode::Stereo;
+    int index = -1;
+    for (int i = 0; i < kChannelModeCount && index < 0; ++i)
+        if (kChannelModeNames[static_cast<size_t>(i)] == text)
+            index = i;
+    if (index < 0)
+        index = ZDecimalIndex(text, kChannelModeCount);
+    if (index < 0)
+        return false;
+    mode = static_cast<ZChannelMode>(index);
+    return true;
 }
 
 std::string_view ChannelModeName(ZChannelMode mode)

@@ -23,8 +23,8 @@ constexpr int kChannelModeCount = 8;
 constexpr std::array<std::string_view, kChannelModeCount> kChannelModeNames = {
     "Stereo", "Left", "Right", "Mid/Side", "Side", "Mid", "Inverted right", "Surround"};
 
-// The mode named by text; Stereo for a text that names no mode.
-ZChannelMode ChannelModeFromName(std::string_view name);
+// The mode that text names, or gives by its decimal index; false when it does neither.
+bool ChannelModeFromText(std::string_view text, ZChannelMode& mode);
 std::string_view ChannelModeName(ZChannelMode mode);
 
 // Mid/side conversion of a sample pair: M = (L + R) / 2, S = (L - R) / 2, and back

@@ -275,6 +275,16 @@ bool ZParseNumber(std::string_view text, double& value, std::string_view* rest)
     return true;
 }
 
+int ZDecimalIndex(std::string_view text, int count)
+{
+    const std::string_view digits = ZTrimmed(text);
+    int index = -1;
+    const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), index);
+    if (digits.empty() || result.ec != std::errc() || result.ptr != digits.data() + digits.size())
+        return -1;
+    return index >= 0 && index < count ? index : -1;
+}
+
 std::string_view ZTrimmed(std::string_view text)
 {
     while (!text.empty() && isWhitespace(text.front()))

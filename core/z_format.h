@@ -76,6 +76,10 @@ bool ZScanFormat(std::string_view format, std::string_view input, std::vector<st
 // false when there is no finite number.
 bool ZParseNumber(std::string_view text, double& value, std::string_view* rest = nullptr);
 
+// The index that text gives as a whole decimal number from 0 to count - 1 (whitespace
+// around it allowed), or -1.
+int ZDecimalIndex(std::string_view text, int count);
+
 // The text without the whitespace around it.
 std::string_view ZTrimmed(std::string_view text);
 // True when both texts are equal with ASCII case ignored.

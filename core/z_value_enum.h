@@ -5,6 +5,7 @@
 // names come from ZEnumNames<E>, so any enumeration that specialises it can be used.
 
 #include "core/z_enum_names.h"
+#include "core/z_format.h"
 #include "core/z_saturating_cast.h"
 #include "core/z_value.h"
 #include "state/zml_element.h"
@@ -45,8 +46,13 @@ public:
     }
 
     std::string toStorageText() const override { return getDisplayText(); }
-    // Unknown names select index 0; no clamping, as for every storage read.
-    void fromStorageText(std::string_view text) override { store(indexOf(text)); }
+    // Storage holds the name; a name or its decimal index is read back, and a text that
+    // is neither keeps the selection.
+    void fromStorageText(std::string_view text) override
+    {
+        if (const int32_t index = storedIndexOf(text); index >= 0)
+            store(index);
+    }
 
     bool resetToDefault() override { return write(defaultValue_); }
 
@@ -106,10 +112,16 @@ private:
     static std::span<const char* const> names() { return ZEnumNames<E>::names(); }
     static int32_t count() { return static_cast<int32_t>(names().size()); }
 
-    static int32_t indexOf(std::string_view text)
+    static int32_t indexOf(std::string_view text) { return std::max(nameIndexOf(text), 0); }
+    static int32_t nameIndexOf(std::string_view text)
     {
         static const ZNameIndex index(names());
-        return std::max(index.find(text), 0);
+        return index.find(text);
+    }
+    static int32_t storedIndexOf(std::string_view text)
+    {
+        const int32_t named = nameIndexOf(text);
+        return named >= 0 ? named : ZDecimalIndex(text, count());
     }
 
     // The name of an index; an index outside the table shows the name it is repaired to.

@@ -33,8 +33,9 @@ void ZAudioEffectPluginToAudioPluginAdapter::serializeSettings(const ZSerializat
 
     std::string mode(ChannelModeName(channelMode()));
     context.kept("ChannelMode", mode);
-    if (context.reading())
-        SetChannelMode(ChannelModeFromName(mode));
+    // An unknown text keeps the mode.
+    if (ZChannelMode read = channelMode(); context.reading() && ChannelModeFromText(mode, read))
+        SetChannelMode(read);
     serializeSurround(context);
 
     bool controllersEnabled = midiControllers_.controllersEnabled();

@@ -221,8 +221,11 @@ TEST(PluginState, EveryNonDefaultSettingRoundTripsExactly)
 TEST(PluginState, OutOfRangeAndUnknownItemsAreBroughtIntoRangeOrIgnored)
 {
     auto core = NewInstance();
+    core->SetChannelMode(ZChannelMode::Left);
+    core->SetParameter(11, 1.0); // "Mode 4"
     ZMLElement root("settings");
     root.setAttribute("ReverbTime", "1e300");
+    root.setAttribute("ReverbMode", "Mode 9");
     root.setAttribute("Size", "not a number");
     root.setAttribute("MaxLFOBlockSize", "-5");
     root.setAttribute("ChannelMode", "Quadraphonic");
@@ -239,7 +242,9 @@ TEST(PluginState, OutOfRangeAndUnknownItemsAreBroughtIntoRangeOrIgnored)
     EXPECT_DOUBLE_EQ(ReverbOf(*core).settings().reverbTime, 30.0);
     EXPECT_DOUBLE_EQ(ReverbOf(*core).settings().size, ReverbOf(*NewInstance()).settings().size);
     EXPECT_EQ(core->maxSubBlock(), 1);
-    EXPECT_EQ(core->channelMode(), ZChannelMode::Stereo);
+    // Enumerations named by an unknown text keep what they had.
+    EXPECT_EQ(core->channelMode(), ZChannelMode::Left);
+    EXPECT_EQ(ReverbOf(*core).settings().reverbMode, 3);
     EXPECT_EQ(core->lfo(0).settings().mode, static_cast<int32_t>(ZLFOMode::Pitch));
     EXPECT_DOUBLE_EQ(core->lfo(0).settings().frequency, ZLFO::kMinFrequency);
     ASSERT_EQ(core->lfo(0).targets().size(), 1) << "an invalid target falls back to the default target";
@@ -269,9 +274,9 @@ TEST(PluginState, BlockIsAZlibDocumentThatReloadsToTheSameBytes)
 TEST(PluginState, HandWrittenDocumentLoadsIntoTheExpectedValues)
 {
     const std::string document = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
-                                 "<settings Version=\"328448\" ChannelMode=\"Mid/Side\" ControllersEnabled=\"1\"\n"
+                                 "<settings Version=\"328448\" ChannelMode=\"3\" ControllersEnabled=\"1\"\n"
                                  "          Bypass=\"1\" MaxLFOBlockSize=\"64\" ReverbTime=\"2.500000\"\n"
-                                 "          ReverbMode=\"Mode 3\" Unknown=\"ignored\">\n"
+                                 "          ReverbMode=\"2\" Unknown=\"ignored\">\n"
                                  "  <LFOs>\n"
                                  "    <LFO Enabled=\"1\" Frequency=\"2.5\" Mode=\"3\">\n"
                                  "      <Parameter ParameterIndex=\"10\" Value=\"0.25\" FullRange=\"1\"/>\n"
@@ -292,7 +297,7 @@ TEST(PluginState, HandWrittenDocumentLoadsIntoTheExpectedValues)
     LoadPluginState(*core, block.data(), static_cast<int32_t>(block.size()));
 
     EXPECT_EQ(core->loadedStateVersion(), 0x050300);
-    EXPECT_EQ(core->channelMode(), ZChannelMode::MidSide);
+    EXPECT_EQ(core->channelMode(), ZChannelMode::MidSide) << "an enumeration by its index";
     EXPECT_TRUE(core->midiControllers().controllersEnabled());
     EXPECT_EQ(core->maxSubBlock(), 64);
     EXPECT_GE(core->parameters().value(core->bypassIndex())->getNormalized(), 0.5);
