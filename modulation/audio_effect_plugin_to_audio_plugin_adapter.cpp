@@ -209,10 +209,10 @@ void ZAudioEffectPluginToAudioPluginAdapter::runLFOs(float* const* inputs, int n
         lfo.followEnableSwitch(parameters());
         if (!lfo.enabled())
             continue;
-        // Members of a sync group take the phase of the group's first member.
+        // Members of a sync group take the phase of the group's first enabled member.
         const int group = lfo.settings().syncGroup;
         for (int leader = 0; group > 0 && leader < i; ++leader)
-            if (lfos_[static_cast<size_t>(leader)]->settings().syncGroup == group) {
+            if (const ZLFO& other = *lfos_[static_cast<size_t>(leader)]; other.enabled() && other.settings().syncGroup == group) {
                 lfo.alignPhase(blockStartPhase[static_cast<size_t>(leader)]);
                 break;
             }

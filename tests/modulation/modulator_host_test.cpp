@@ -159,6 +159,21 @@ TEST(ModulatorHost, LFOWritesItsTargetsOncePerBlockAndGivesThemBackWhenStopped)
     EXPECT_DOUBLE_EQ(host.effect->gain, 0.3);
 }
 
+TEST(ModulatorHost, ASyncGroupIsLedByItsFirstEnabledMember)
+{
+    Host host;
+    // LFO 1 belongs to group 1 but is off; LFOs 2 and 3 run in it from different phases.
+    ZLFOSettings off = host.core.lfo(0).settings();
+    off.syncGroup = 1;
+    host.core.lfo(0).setSettings(off);
+    ZLFO& leader = host.startLFO(1, [](ZLFOSettings& s) { s.syncGroup = 1, s.phase = 0.25, s.frequency = 1.0; });
+    ZLFO& follower = host.startLFO(2, [](ZLFOSettings& s) { s.syncGroup = 1, s.phase = 0.6, s.frequency = 1.0; });
+    host.run(10);
+    // Ten blocks of 480 samples at 48 kHz move a 1 Hz LFO by a tenth of a cycle.
+    EXPECT_NEAR(leader.phase(), 0.35, 1e-9);
+    EXPECT_NEAR(follower.phase(), 0.35, 1e-9);
+}
+
 TEST(ModulatorHost, LFOModulationAtFullAmountBehavesLikeNormalMode)
 {
     std::vector<double> outputs[2];
