@@ -38,7 +38,25 @@ ZMultiParameter::ZMultiParameter(ZLock& processingLock, ZModulatorTarget firstTa
 void ZMultiParameter::setEnabled(bool enabled)
 {
     ZLockHolder hold(processingLock_, -1);
+    if (!enabled)
+        tookOver_ = false;
     enabled_ = enabled;
+}
+
+void ZMultiParameter::setValueBackup(std::vector<double> values)
+{
+    const bool taken = !values.empty();
+    targets_.setBackup(std::move(values));
+    ZLockHolder hold(processingLock_, -1);
+    tookOver_ = taken;
+}
+
+void ZMultiParameter::takeOver(const ZParameterRegistry& registry)
+{
+    if (tookOver_)
+        return;
+    targets_.backupValues(registry);
+    tookOver_ = true;
 }
 
 void ZMultiParameter::setInterpolate(bool interpolate)
@@ -138,17 +156,20 @@ void ZMultiParameter::processSwitch(int n, double sampleRate, ZParameterRegistry
         return;
     const double stroke = n / (sampleRate * std::max(switchTime_, kMinSwitchTime));
     const bool trigger = mode() == ZMultiParameterMode::Trigger;
-    if (switch_.process(trigger, value_ >= 0.5, stroke))
-        targets_.apply(OutputOf(switch_.position()), registry);
+    if (!switch_.process(trigger, value_ >= 0.5, stroke))
+        return;
+    takeOver(registry);
+    targets_.apply(OutputOf(switch_.position()), registry);
 }
 
-void ZMultiParameter::applyValue(ZParameterRegistry& registry) const
+void ZMultiParameter::applyValue(ZParameterRegistry& registry)
 {
-    if (!enabled_)
+    if (!enabled_ || isSwitchMode())
         return;
+    takeOver(registry);
     if (mode() == ZMultiParameterMode::Normal)
         targets_.apply(OutputOf(value_), registry);
-    else if (mode() == ZMultiParameterMode::Banks)
+    else
         applyBanks(registry);
 }
 

@@ -80,11 +80,11 @@ public:
     void removeTarget(int index);
     void setTarget(int index, const ZModulatorTarget& target) { targets_.set(index, target); }
     void replaceTargets(std::vector<ZModulatorTarget> targets);
-    // "ValueBackup": the targets' values from before the MultiParameter took them over.
-    void backupTargetValues(const ZParameterRegistry& registry) { targets_.backupValues(registry); }
-    void restoreTargetValues(ZParameterRegistry& registry) const { targets_.restoreValues(registry); }
-    const std::vector<double>& valueBackup() const { return targets_.backup(); }
-    void setValueBackup(std::vector<double> values) { targets_.setBackup(std::move(values)); }
+    // "ValueBackup": the targets' values from before the MultiParameter took them over,
+    // taken with its first write to them after it was enabled; empty until then.
+    std::vector<double> valueBackup() const { return tookOver_ ? targets_.backup() : std::vector<double>{}; }
+    // A stored backup; an empty one leaves the next write to take it.
+    void setValueBackup(std::vector<double> values);
 
     // The banks, bank by bank, one normalised value per target. Editor thread.
     const std::vector<std::vector<double>>& banks() const { return banks_.banks(); }
@@ -111,7 +111,7 @@ public:
     // n samples, after which the targets follow the position.
     void processSwitch(int n, double sampleRate, ZParameterRegistry& registry);
     // "Normal" and "Banks" modes: writes the targets for the current value.
-    void applyValue(ZParameterRegistry& registry) const;
+    void applyValue(ZParameterRegistry& registry);
 
     // Stops a running switch where it is (a state load).
     void stopSwitch() { switch_.stop(); }
@@ -124,12 +124,16 @@ private:
     bool isBank(int bank) const;
     void applyBanks(ZParameterRegistry& registry) const;
     std::vector<double> targetCentres() const;
+    // Backs the targets' values up before the first write after the MultiParameter was
+    // enabled. Audio thread.
+    void takeOver(const ZParameterRegistry& registry);
     std::string valueText(double value) const;
     const ZValue* firstTargetValue() const;
 
     ZLock& processingLock_;
     int number_;
     bool enabled_ = false;
+    bool tookOver_ = false; // the targets' values from before are in the backup
     double value_ = 0.0;
     double defaultValue_ = 0.0;
     int32_t mode_ = static_cast<int32_t>(ZMultiParameterMode::Normal);

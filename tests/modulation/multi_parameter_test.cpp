@@ -76,6 +76,27 @@ TEST_F(MultiParameterTest, NormalModeMapsTheValueThroughEachTargetsRange)
     EXPECT_DOUBLE_EQ(a, 0.15) << "switch targets follow the position, not the value";
 }
 
+TEST_F(MultiParameterTest, TakingItsTargetsOverBacksUpTheirValuesOnce)
+{
+    a = 0.3, b = 0.6;
+    mp.replaceTargets({Target(0, 0.1), Target(1, 0.1)});
+    mp.valueObject().setNormalized(0.75);
+    mp.applyValue(registry);
+    EXPECT_TRUE(mp.valueBackup().empty()) << "a disabled MultiParameter takes nothing over";
+    mp.setEnabled(true);
+    mp.applyValue(registry);
+    EXPECT_EQ(mp.valueBackup(), (std::vector<double>{0.3, 0.6}));
+    mp.valueObject().setNormalized(0.25);
+    mp.applyValue(registry);
+    EXPECT_EQ(mp.valueBackup(), (std::vector<double>{0.3, 0.6})) << "the values from before, not its own";
+    // Disabled and enabled again, it takes over the values the targets have then.
+    mp.setEnabled(false);
+    EXPECT_TRUE(mp.valueBackup().empty());
+    mp.setEnabled(true);
+    mp.applyValue(registry);
+    EXPECT_DOUBLE_EQ(mp.valueBackup()[0], 0.05);
+}
+
 TEST_F(MultiParameterTest, ValueShowsPercentOrTheFirstTargetInItsUnits)
 {
     mp.attach(registry);

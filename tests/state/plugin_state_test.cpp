@@ -148,6 +148,8 @@ TEST(PluginState, DefaultStateOmitsDefaultItemsAndReadsBackIdentical)
     EXPECT_TRUE(root.findChild("ActivePreset")->attributes().empty());
     EXPECT_EQ(root.findChild("LFOs")->children().size(), 4u);
     EXPECT_EQ(root.findChild("MultiParameters")->children().size(), 4u);
+    for (const auto& multi : root.findChild("MultiParameters")->children())
+        EXPECT_FALSE(multi->hasAttribute("ValueBackup")) << "nothing taken over, no backup";
     EXPECT_EQ(root.getAttribute("ReverbTime"), "0.500000"); // parameters are always written
     EXPECT_FALSE(root.hasAttribute("PositionX"));           // stored in "Position" instead
     EXPECT_TRUE(root.hasChild("Position"));
