@@ -3,9 +3,9 @@
 #include "core/z_exception.h"
 #include "core/z_format.h"
 #include "state/preset_content.h"
+#include "state/preset_file.h"
 #include "state/z_std_file_stream.h"
 #include "state/zml_reader.h"
-#include "state/zml_writer.h"
 
 #include <filesystem>
 #include <system_error>
@@ -14,6 +14,8 @@ namespace halvern {
 namespace {
 
 constexpr const char* kRootElement = "presets";
+constexpr const char* kDamagedFileNotice =
+    "The preset file \"{0}\" could not be read ({1}); it was kept as \"{2}\" and the presets were saved in a new file.";
 
 bool isPreset(const ZMLElement& element)
 {
@@ -82,29 +84,6 @@ int markFolder(ZMLElement& folder, int32_t index, bool onlyUnmarked)
     return count;
 }
 
-// Writes next to the file and then puts the new file in the old one's place.
-void writeDocument(const std::string& path, const ZMLElement& root)
-{
-    const std::filesystem::path target(path);
-    std::error_code error;
-    if (target.has_parent_path())
-        std::filesystem::create_directories(target.parent_path(), error);
-    const std::string temporary = path + ".new";
-    try {
-        ZStdFileStream file(temporary, ZStdFileStream::Mode::Write);
-        WriteZMLDocument(file, root, ZMLLayout::Indented);
-        file.Close();
-    } catch (...) {
-        std::filesystem::remove(temporary, error);
-        throw;
-    }
-    std::filesystem::rename(temporary, target, error);
-    if (error) {
-        std::filesystem::remove(temporary, error);
-        throw ZException(ZFormat("Could not write file \"{0}\".").arg(path).text());
-    }
-}
-
 std::unique_ptr<ZMLElement> readDocument(const std::string& path)
 {
     ZStdFileStream file(path, ZStdFileStream::Mode::Read);
@@ -129,7 +108,34 @@ ZPresetCollection ZPresetCollection::ReadBlock(std::span<const uint8_t> block)
 
 void ZPresetCollection::WriteFile(const std::string& path) const
 {
-    writeDocument(path, *root_);
+    WritePresetFile(path, *root_);
+}
+
+ZPresetCollection ZPresetCollection::clone() const
+{
+    return ZPresetCollection(root_->clone());
+}
+
+std::string ZPresetCollection::Update(const std::string& path, ZPresetCollection& collection, const Change& change)
+{
+    const ZPresetFileLock lock(path);
+    std::string notice;
+    // The file as it is now; without one, this instance's collection.
+    ZPresetCollection current = collection.clone();
+    std::error_code error;
+    if (std::filesystem::exists(path, error) || error) {
+        try {
+            current = ReadFile(path);
+        } catch (const ZException& damaged) {
+            const std::string kept = KeepDamagedPresetFile(path);
+            notice = ZFormat(kDamagedFileNotice).arg(path).arg(std::string(damaged.message())).arg(kept).text();
+        }
+    }
+    if (change)
+        change(current);
+    current.WriteFile(path);
+    collection = std::move(current);
+    return notice;
 }
 
 std::vector<ZMLElement*> ZPresetCollection::presets()
@@ -188,7 +194,7 @@ void ZPresetCollection::ExportPreset(const ZMLElement& preset, const std::string
     std::unique_ptr<ZMLElement> content = PresetContent(preset);
     if (const std::string* name = preset.findAttribute(kPresetName))
         content->setAttribute(kPresetName, *name);
-    writeDocument(path, *content);
+    WritePresetFile(path, *content);
 }
 
 ZMLElement& ZPresetCollection::ImportPreset(ZMLElement& folder, const std::string& path)

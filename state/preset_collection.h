@@ -9,6 +9,7 @@
 #include "state/zml_element.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -35,9 +36,17 @@ public:
     // factory collection built into the library; an empty block gives an empty
     // collection. Throws the markup reader's errors.
     static ZPresetCollection ReadBlock(std::span<const uint8_t> block);
-    // Writes the file, making its folder when it is missing. The document goes to a
-    // temporary file that then replaces the old one, so a failed write keeps the old file.
+    // Writes the file safely (see preset_file.h), making its folder when it is missing.
     void WriteFile(const std::string& path) const;
+    // Changes the collection kept in the file at path without losing what another writer
+    // saved: under the file's lock, reads the file as it is now (this collection when
+    // there is none), applies change to that and writes the result, which then becomes
+    // this collection. A file that does not read is never written over: it is kept
+    // beside itself under a dated name, this collection takes its place, and the notice
+    // returned says so; otherwise the notice is empty.
+    using Change = std::function<void(ZPresetCollection&)>;
+    static std::string Update(const std::string& path, ZPresetCollection& collection, const Change& change);
+    ZPresetCollection clone() const;
 
     ZMLElement& root() { return *root_; }
     const ZMLElement& root() const { return *root_; }

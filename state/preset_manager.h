@@ -68,11 +68,14 @@ public:
         // instead of an empty collection that a save would write over it.
         user_ = present || error ? ZPresetCollection::ReadFile(path_) : ZPresetCollection();
     }
-    void SaveCollection() const
+    // Applies change to the user's collection as it is on disk now and saves it; see
+    // ZPresetCollection::Update for what happens to a file that does not read and what
+    // the returned notice says.
+    std::string SaveCollection(const ZPresetCollection::Change& change = {})
     {
         if (path_.empty())
             throw ZException("There is no folder for the user's presets.");
-        user_.WriteFile(path_);
+        return ZPresetCollection::Update(path_, user_, change);
     }
 
     // Every preset in the order that next and previous walk.

@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <thread>
 
 namespace halvern {
 namespace {
@@ -237,6 +238,61 @@ TEST_F(PresetManagerTest, CollectionFileRoundTripsAndADamagedFileKeepsTheCollect
     std::filesystem::remove(path);
     reloaded.LoadCollection();
     EXPECT_TRUE(reloaded.collection().root().children().empty()) << "no file yet: an empty collection";
+}
+
+// The user's file as saving leaves it: its mode, a symbolic link to it, a damaged file
+// kept aside, no temporary file left, and two instances saving at once.
+TEST_F(PresetManagerTest, SavingKeepsModeLinkDamagedFileAndTheOtherInstancesPresets)
+{
+    namespace fs = std::filesystem;
+    const fs::path real = directory_ / "elsewhere" / "mine.xml";
+    const fs::path path = directory_ / "Plugin" / "presets.xml";
+    fs::create_directories(real.parent_path());
+    fs::create_directories(path.parent_path());
+    std::ofstream(real) << "<presets/>";
+    fs::permissions(real, fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+    fs::create_symlink(real, path);
+
+    ZPluginPresetManager manager = Manager(*core_);
+    manager.LoadCollection();
+    auto add = [&](ZPluginPresetManager& into, const std::string& name) {
+        return into.SaveCollection([&](ZPresetCollection& collection) { into.Add(collection.root(), name); });
+    };
+    EXPECT_EQ(add(manager, "First"), "");
+    EXPECT_TRUE(fs::is_symlink(path)) << "written through the link";
+    EXPECT_NE(FileText(real).find("name=\"First\""), std::string::npos);
+    EXPECT_EQ(fs::status(real).permissions() & fs::perms::all, fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+
+    // A file that does not read is moved aside under a dated name, never written over.
+    const std::string damaged = "<presets><preset name=\"cut\"></presets>";
+    std::ofstream(real) << damaged;
+    const std::string notice = add(manager, "Second");
+    EXPECT_NE(notice.find("could not be read (Invalid closing element name.)"), std::string::npos) << notice;
+    std::vector<fs::path> kept;
+    for (const auto& entry : fs::directory_iterator(real.parent_path()))
+        if (entry.path().filename().string().rfind("mine.xml.damaged-", 0) == 0)
+            kept.push_back(entry.path());
+    ASSERT_EQ(kept.size(), 1u);
+    EXPECT_NE(notice.find(kept[0].string()), std::string::npos);
+    EXPECT_EQ(FileText(kept[0]), damaged);
+    EXPECT_EQ(manager.collection().presets().size(), 2u) << "this instance's presets took the file's place";
+
+    // Two instances, each on its own thread, save twenty presets each at the same time.
+    Core otherCore(std::make_unique<HalvernAudioEffectPlugin>());
+    ZPluginPresetManager other = Manager(otherCore);
+    auto saveTwenty = [&](ZPluginPresetManager& into, const std::string& prefix) {
+        for (int i = 0; i < 20; ++i)
+            add(into, prefix + std::to_string(i));
+    };
+    std::thread first([&] { saveTwenty(manager, "a"); });
+    std::thread second([&] { saveTwenty(other, "b"); });
+    first.join();
+    second.join();
+    ZPluginPresetManager reader = Manager(*core_);
+    reader.LoadCollection();
+    EXPECT_EQ(reader.collection().presets().size(), 42u);
+    for (const auto& entry : fs::directory_iterator(real.parent_path()))
+        EXPECT_EQ(entry.path().filename().string().rfind(".mine.xml", 0), std::string::npos) << "a temporary file was left";
 }
 
 TEST_F(PresetManagerTest, FoldersAndPresetFilesAreManagedInTheTree)
