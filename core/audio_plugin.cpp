@@ -196,6 +196,12 @@ void ZAudioPlugin::SetMaxBlockSize(int samples)
 }
 
 int32_t ZAudioPlugin::GetTailSamples() { return latency_; }
+
+std::unique_ptr<ZPluginEditor> ZAudioPlugin::CreateEditor(ZEditorHost& host)
+{
+    return Guarded("ZAudioEffectPluginToAudioPluginAdapter::CreateEditor", std::unique_ptr<ZPluginEditor>(),
+                   [&] { return editorFactory_ ? editorFactory_(*this, host) : std::unique_ptr<ZPluginEditor>(); });
+}
 bool ZAudioPlugin::ReceivesMIDI() { return false; }
 bool ZAudioPlugin::SendsMIDI() { return false; }
 int32_t ZAudioPlugin::GetMIDIControllerParameter(int, int) { return -1; }
@@ -479,10 +485,10 @@ void ZAudioPlugin::processFrame(ChannelArray& inputs, ChannelArray& outputs, int
     const int outputCount = GetOutputBusCount() * channelsPerBus_;
     if (metering_) {
         if (GetInputBusCount() == 0) {
-            inputLevel_ = 0.05;
-            outputLevel_ = 1.0;
+            inputLevel_.store(0.05, std::memory_order_relaxed);
+            outputLevel_.store(1.0, std::memory_order_relaxed);
         } else {
-            inputLevel_ = measurePeak(inputs, GetInputBusCount() * channelsPerBus_, n);
+            raiseLevel(inputLevel_, measurePeak(inputs, GetInputBusCount() * channelsPerBus_, n));
         }
     }
     if (oversampling_ < 2 || GetInputBusCount() == 0)
@@ -490,7 +496,7 @@ void ZAudioPlugin::processFrame(ChannelArray& inputs, ChannelArray& outputs, int
     else
         processOversampled(inputs, outputs, n, replacing);
     if (metering_ && GetInputBusCount() > 0)
-        outputLevel_ = measurePeak(outputs, outputCount, n);
+        raiseLevel(outputLevel_, measurePeak(outputs, outputCount, n));
     AfterProcessing(inputs.data(), outputs.data(), n, replacing);
 }
 
@@ -571,6 +577,14 @@ void ZAudioPlugin::processBypass(const ChannelArray& inputs, const ChannelArray&
         }
     for (int c = buses * perBus; c < GetOutputBusCount() * perBus; ++c)
         kernels::Zero(outputs[static_cast<size_t>(c)], n);
+}
+
+// Only the audio thread raises a level, so a plain load and store cannot lose a peak to
+// another writer; the editor's exchange may at worst miss one block's peak.
+void ZAudioPlugin::raiseLevel(std::atomic<double>& level, double peak)
+{
+    if (peak > level.load(std::memory_order_relaxed))
+        level.store(peak, std::memory_order_relaxed);
 }
 
 double ZAudioPlugin::measurePeak(const ChannelArray& channels, int count, int n) const

@@ -11,6 +11,7 @@
 #include "core/channel_mode.h"
 #include "core/midi_processor.h"
 #include "core/oversampler.h"
+#include "core/plugin_editor.h"
 #include "core/z_value_number.h"
 #include "core/z_lock.h"
 
@@ -92,6 +93,14 @@ public:
     // channel (0..15) drives, or -1 when it drives none.
     virtual int32_t GetMIDIControllerParameter(int channel, int controller);
 
+    // ---- the editor ----
+    // Whoever composes the instance says how its editor is built.
+    void SetEditorFactory(ZEditorFactory factory) { editorFactory_ = factory; }
+    bool HasEditor() const { return editorFactory_ != nullptr; }
+    // Builds the editor window's object (not yet open); null when the plug-in has none or
+    // it cannot be built. UI thread only.
+    std::unique_ptr<ZPluginEditor> CreateEditor(ZEditorHost& host);
+
     // ---- programs: the factory presets as hosts list them ----
     virtual int32_t GetProgramCount();
     virtual std::string GetProgramName(int32_t index);
@@ -162,8 +171,12 @@ public:
     void SetSeparateInputBuffers(bool separate);
     void SetMetering(bool metering);
     bool metering() const { return metering_; }
-    double inputLevel() const { return inputLevel_; }
-    double outputLevel() const { return outputLevel_; }
+    // The highest peak of the inputs and of the outputs since the editor last took them
+    // (the audio thread raises them, the editor takes and clears them; no lock).
+    double inputLevel() const { return inputLevel_.load(std::memory_order_relaxed); }
+    double outputLevel() const { return outputLevel_.load(std::memory_order_relaxed); }
+    double TakeInputLevel() { return inputLevel_.exchange(0.0, std::memory_order_relaxed); }
+    double TakeOutputLevel() { return outputLevel_.exchange(0.0, std::memory_order_relaxed); }
     // Longest run the effect is given in one call; 0 or less means 256.
     void SetMaxSubBlock(int samples);
     int maxSubBlock() const { return maxSubBlock_; }
@@ -204,6 +217,7 @@ private:
 
     void gatherChannels(float* const* host, int busCount, int perBus, ChannelArray& into, float* substitute) const;
     double measurePeak(const ChannelArray& channels, int count, int n) const;
+    static void raiseLevel(std::atomic<double>& level, double peak);
     void updateLatency();
     template <typename T>
     void setLocked(T& field, T value);
@@ -238,8 +252,8 @@ private:
     ZChannelMode channelMode_ = ZChannelMode::Stereo;
     uint32_t surroundMask_ = 0xFF;
     bool metering_ = false;
-    double inputLevel_ = 0.0;
-    double outputLevel_ = 0.0;
+    std::atomic<double> inputLevel_{0.0};
+    std::atomic<double> outputLevel_{0.0};
     int maxSubBlock_ = 0;
     int automationSubBlock_ = kDefaultAutomationSubBlock;
     ZHostTimeInfo hostTime_;
@@ -257,6 +271,8 @@ private:
     std::vector<ZOversampler> oversamplers_;
     std::vector<ZBypassDelayLine> bypassLines_;
     std::vector<ZBypassDelayLine> passThroughLines_;
+
+    ZEditorFactory editorFactory_ = nullptr;
 
     ZLock reentryLock_;
     ZLock processingLock_;

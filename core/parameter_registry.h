@@ -33,6 +33,9 @@ struct ZParameterInfo {
     // Written into the plug-in state by storage name; false for values that their owner
     // stores in its own form.
     bool stored = true;
+    // Opens a panel: the editor groups the records after it under this one's title. A
+    // panel record with a value (a switch) is the panel's own switch.
+    bool opensPanel = false;
 };
 
 class ZParameterRegistry {

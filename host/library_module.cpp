@@ -2,7 +2,9 @@
 
 #include "core/trace.h"
 #include "core/z_lock.h"
+#include "editor/halvern_editor.h"
 #include "host/plugin_exports.h"
+#include "reverb/halvern_audio_effect_plugin.h"
 #include "state/quessane_audio_effect_plugin.h"
 #include "state/z_memory_stream.h"
 
@@ -180,9 +182,11 @@ ZPresetCollection FactoryPresets()
 ZAudioPlugin* CreatePluginCore()
 {
     auto core = std::make_unique<ZQuessaneAudioEffectPlugin>();
-    core->Attach("Halvern", "Quessane", HalvernAudioEffectPluginInterface, kEffectDescription);
+    core->Attach(HalvernAudioEffectPlugin::kProductName, HalvernAudioEffectPlugin::kVendorName,
+                 HalvernAudioEffectPluginInterface, kEffectDescription);
     const ZModule* module = CurrentModule();
     core->SetPresets(FactoryPresets(), module != nullptr ? module->userDataFolder() : std::string());
+    core->SetEditorFactory(CreateHalvernEditor);
     return core.release();
 }
 

@@ -139,6 +139,20 @@ void HalvernAudioEffectPlugin::SetMicrophonePosition(double x, double y)
     updateUnlocked();
 }
 
+std::vector<ZRoomOutline::Point> HalvernAudioEffectPlugin::RoomOutline()
+{
+    ZLockHolder hold(pluginMutex(), -1);
+    return ZRoomOutline::Read(positionGraph_.get());
+}
+
+void HalvernAudioEffectPlugin::SetRoomOutline(const std::vector<ZRoomOutline::Point>& points)
+{
+    auto graph = std::make_unique<ZMLElement>("graph");
+    ZRoomOutline::Write(points, *graph);
+    ZLockHolder hold(pluginMutex(), -1);
+    positionGraph_ = std::move(graph);
+}
+
 void HalvernAudioEffectPlugin::Prepare(double sampleRate, int32_t maxBlockSize)
 {
     ZLockHolder hold(pluginMutex(), -1);
@@ -286,6 +300,7 @@ void HalvernAudioEffectPlugin::addDry(const float* inLeft, const float* inRight,
 
 void HalvernAudioEffectPlugin::SerializeAdditionalState(const ZSerializationContext& context)
 {
+    ZLockHolder hold(pluginMutex(), -1);
     if (context.storing()) {
         serializePositions(context);
         if (positionGraph_)
@@ -295,7 +310,6 @@ void HalvernAudioEffectPlugin::SerializeAdditionalState(const ZSerializationCont
         serializeEqualizerBands(context);
         return;
     }
-    ZLockHolder hold(pluginMutex(), -1);
     serializePositions(context);
     const ZMLElement* graph = context.element().findChild("graph");
     positionGraph_ = graph != nullptr ? graph->clone() : nullptr;

@@ -13,6 +13,7 @@
 #include "reverb/reverb_gate.h"
 #include "reverb/reverb_mix.h"
 #include "reverb/reverb_parameters.h"
+#include "reverb/room_outline.h"
 #include "reverb/saturation_shaper.h"
 #include "state/zml_element.h"
 
@@ -23,6 +24,10 @@ namespace halvern {
 
 class HalvernAudioEffectPlugin : public ZAudioEffectPlugin {
 public:
+    // The names hosts show for the plug-in and its maker.
+    static constexpr const char* kProductName = "Halvern";
+    static constexpr const char* kVendorName = "Quessane";
+
     // The source position, automatable as "Position X" and "Position Y".
     class ReverbPosAutomationAdapterType : public ZAudioPlugin::AutomationAdapter {
     public:
@@ -69,6 +74,9 @@ public:
     const ZReverbSettings& settings() const { return parameters_.settings(); }
     const Positions& positions() const { return positions_; }
     void SetMicrophonePosition(double x, double y);
+    // The room outline the position editor draws, kept in the "graph" node.
+    std::vector<ZRoomOutline::Point> RoomOutline();
+    void SetRoomOutline(const std::vector<ZRoomOutline::Point>& points);
     ReverbPosAutomationAdapterType& positionAutomation() { return positionAutomation_; }
 
     // What the last update derived, for measurements.

@@ -39,6 +39,7 @@ ZReverbParameters::ZReverbParameters(ZEqualizerProcessorPlugin& equalizer)
     auto gate = std::make_unique<ZValueInt>(&s.gateEnabled, 0, 1, 0, 1);
     gate->setFormatter(FormatOnOff);
     addValue("Gate", "Gate", ZParameterType::Switch, kGate, std::move(gate));
+    records_.back().info.opensPanel = true;
     addNumber("threshold1", "Threshold", &s.threshold, -80.0, 0.0, 0.1, kThreshold1, Display::Decibels);
     addNumber("gatesize", "Size", &s.gateSize, 0.0, 24.0, 0.1, kGatesize, Display::Decibels);
     addNumber("attack", "Attack", &s.attack, 0.0, 0.1, 0.0001, kAttack, Display::Time);
@@ -55,7 +56,7 @@ ZReverbParameters::~ZReverbParameters() = default;
 
 void ZReverbParameters::addPanel(const char* key, std::string_view help)
 {
-    records_.push_back({{key, key, "", ZParameterType::Panel, std::string(help), false}, nullptr});
+    records_.push_back({{key, key, "", ZParameterType::Panel, std::string(help), false, true, true}, nullptr});
 }
 
 void ZReverbParameters::addValue(const char* key, const char* name, ZParameterType type, std::string_view help,

@@ -9,6 +9,8 @@ packages=(
     fst-dev
     juce-modules-source-data
     libsndfile1-dev
+    libx11-dev libxext-dev libcairo2-dev libfreetype-dev libpng-dev fonts-inter
+    xvfb libxtst-dev xauth
     googletest libgtest-dev libgmock-dev libbenchmark-dev
 )
 

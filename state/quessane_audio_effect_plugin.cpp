@@ -183,6 +183,7 @@ void ZQuessaneAudioEffectPlugin::ProcessUpdate()
 
 void ZQuessaneAudioEffectPlugin::SetPresets(ZPresetCollection factory, const std::string& userDataFolder)
 {
+    userDataFolder_ = userDataFolder;
     presets_ = std::make_unique<ZPluginPresetManager>(ZPluginPresetOwner(*this), userDataFolder, std::move(factory));
     programNames_.clear();
     for (const ZMLElement* preset : presets_->factory().presets())

@@ -60,6 +60,8 @@ public:
     // The plug-in's preset manager on the factory collection and the user's presets in
     // userDataFolder (none when empty). Its factory presets are the host's programs.
     void SetPresets(ZPresetCollection factory, const std::string& userDataFolder);
+    // The user's own folder (presets, the editor's style file); empty when there is none.
+    const std::string& userDataFolder() const { return userDataFolder_; }
     ZPluginPresetManager* presets() { return presets_.get(); }
     int32_t GetProgramCount() override;
     std::string GetProgramName(int32_t index) override;
@@ -87,6 +89,8 @@ public:
     void ProcessUpdate() override;
 
 private:
+    std::string userDataFolder_;
+
     void setUp();
     std::vector<int> morphableParameters() const;
     void registerParameters();

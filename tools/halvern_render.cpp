@@ -2,6 +2,7 @@
 // would, writes the result with the reverb's tail, and prints a decay report measured
 // on the impulse response of the same settings.
 
+#include "editor/offscreen_editor.h"
 #include "modulation/audio_effect_plugin_to_audio_plugin_adapter.h"
 #include "tools/audio_file.h"
 #include "tools/impulse_analysis.h"
@@ -38,7 +39,10 @@ constexpr const char* kUsage =
     "  --block N       block length handed to the plug-in (default 512)\n"
     "  --plugin PATH   a VST 2.4 plug-in library to render through, loaded by its entry\n"
     "                  point as a host loads it, instead of the reverb built into the\n"
-    "                  program; --set then takes the plug-in's parameter names\n";
+    "                  program; --set then takes the plug-in's parameter names\n"
+    "  --editor-png FILE  draw the editor with these settings into a PNG picture, without\n"
+    "                  any display, instead of rendering audio\n"
+    "  --scale S       the editor picture's scale factor, 0.75 to 4 (default 1)\n";
 
 // A command line that cannot be run: the usage follows the message.
 struct UsageError : std::runtime_error {
@@ -51,6 +55,8 @@ struct Options {
     std::string out = "halvern-render.wav";
     std::string plugin;
     std::string preset;
+    std::string editorPNG;
+    double scale = 1.0;
     bool impulse = false;
     double rate = 48000.0;
     int block = 512;
@@ -109,6 +115,10 @@ Options parse(int argc, char** argv)
             options.plugin = take();
         else if (flag == "--preset")
             options.preset = take();
+        else if (flag == "--editor-png")
+            options.editorPNG = take();
+        else if (flag == "--scale")
+            options.scale = numberFor(flag, take());
         else if (flag == "--set")
             options.byKey.push_back(splitAssignment(take()));
         else if (flag == "--index") {
@@ -119,6 +129,10 @@ Options parse(int argc, char** argv)
     }
     if (options.block < 1 || options.block > 65536 || !(options.rate >= 8000.0 && options.rate <= 384000.0))
         throw UsageError("the block length must be 1..65536 and the rate 8000..384000 Hz");
+    if (!(options.scale >= 0.75 && options.scale <= 4.0))
+        throw UsageError("the scale must be 0.75..4");
+    if (!options.editorPNG.empty() && !options.plugin.empty())
+        throw UsageError("--editor-png draws the reverb built into the program, not --plugin");
     if (!options.preset.empty() && !options.plugin.empty())
         throw UsageError("--preset loads into the reverb built into the program, not into --plugin");
     return options;
@@ -150,8 +164,22 @@ RenderSession makeSession(const Options& options, double rate)
     return session;
 }
 
+int drawEditor(const Options& options)
+{
+    RenderSession session = makeSession(options, options.rate);
+    halvern::ZOffscreenEditor editor(session.core(), options.scale);
+    if (!editor.WritePNG(options.editorPNG))
+        throw std::runtime_error("cannot write " + options.editorPNG);
+    const halvern::ZCanvas& canvas = editor.root().canvas();
+    std::printf("drew the editor into %s: %d x %d pixels at scale %.2f\n", options.editorPNG.c_str(),
+                canvas.pixelWidth(), canvas.pixelHeight(), options.scale);
+    return EXIT_SUCCESS;
+}
+
 int run(const Options& options)
 {
+    if (!options.editorPNG.empty())
+        return drawEditor(options);
     const AudioData input = options.in.empty() ? MakeTestSignal(options.rate, 2.0) : ReadAudioFile(options.in);
     const double rate = options.impulse ? options.rate : input.sampleRate;
     RenderSession session = makeSession(options, rate);

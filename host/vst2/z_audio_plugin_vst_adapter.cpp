@@ -59,7 +59,7 @@ ZAudioPluginVSTAdapter::ZAudioPluginVSTAdapter(audioMasterCallback hostCallback,
     setVersion(kVendorVersion);
     ReportLatency(core_->GetLatency());
     resume();
-    hasEditor(false); // the plug-in has no editor window on this platform
+    hasEditor(core_->HasEditor());
 }
 
 // Hosts older than 2.3 see stereo buses only; hosts older than 1.0 get at least two
@@ -80,6 +80,7 @@ void ZAudioPluginVSTAdapter::adaptToOldHost()
 
 ZAudioPluginVSTAdapter::~ZAudioPluginVSTAdapter()
 {
+    GuardedVoid("ZAudioPluginVSTAdapter::~ZAudioPluginVSTAdapter", [&] { editor_.reset(); }); // closes it; before the core goes
     core_.reset();
     VST2InstanceReleased();
 }
@@ -450,6 +451,72 @@ VstInt32 ZAudioPluginVSTAdapter::getTailSize()
     return Guarded("ZAudioPluginVSTAdapter::getTailSize", VstInt32{0},
                    [&] { return std::max<VstInt32>(core_->GetTailSamples(), 1); });
 }
+
+// ---- the editor ----
+
+ZPluginEditor* ZAudioPluginVSTAdapter::editor()
+{
+    if (!editor_ && core_->HasEditor())
+        editor_ = core_->CreateEditor(*this);
+    return editor_.get();
+}
+
+bool ZAudioPluginVSTAdapter::editorGetRect(ERect** rect)
+{
+    return Guarded("ZAudioPluginVSTAdapter::editorGetRect", false, [&] {
+        if (editor() == nullptr)
+            return false;
+        const ZEditorSize size = editor_->Size();
+        editorRect_ = ERect{0, 0, static_cast<short>(size.height), static_cast<short>(size.width)};
+        *rect = &editorRect_;
+        return true;
+    });
+}
+
+bool ZAudioPluginVSTAdapter::editorOpen(void* parentWindow)
+{
+    return Guarded("ZAudioPluginVSTAdapter::editorOpen", false, [&] {
+        return editor() != nullptr && editor_->Open(reinterpret_cast<uintptr_t>(parentWindow));
+    });
+}
+
+void ZAudioPluginVSTAdapter::editorClose()
+{
+    GuardedVoid("ZAudioPluginVSTAdapter::editorClose", [&] {
+        if (editor_)
+            editor_->Close();
+    });
+}
+
+void ZAudioPluginVSTAdapter::editorIdle()
+{
+    GuardedVoid("ZAudioPluginVSTAdapter::editorIdle", [&] {
+        if (editor_)
+            editor_->Idle();
+    });
+}
+
+VstIntPtr ZAudioPluginVSTAdapter::vendorSpecific(VstInt32 index, VstIntPtr value, void*, float opt)
+{
+    return Guarded("ZAudioPluginVSTAdapter::vendorSpecific", VstIntPtr{0}, [&] {
+        if (index != kVendorScaleIndex || value != kVendorScaleValue || editor() == nullptr)
+            return VstIntPtr{0};
+        editor_->SetContentScale(opt);
+        return VstIntPtr{1};
+    });
+}
+
+void ZAudioPluginVSTAdapter::BeginEdit(int32_t index) { beginEdit(index); }
+
+void ZAudioPluginVSTAdapter::PerformEdit(int32_t index, double normalized)
+{
+    core_->SetParameter(index, normalized);
+    SendAutomation(index, normalized);
+}
+
+void ZAudioPluginVSTAdapter::EndEdit(int32_t index) { endEdit(index); }
+
+bool ZAudioPluginVSTAdapter::RequestResize(ZEditorSize size) { return sizeWindow(size.width, size.height); }
 
 void ZAudioPluginVSTAdapter::ReportLatency(int32_t samples)
 {

@@ -3,6 +3,7 @@
 #include "core/exception_frame.h"
 #include "host/host_time.h"
 #include "host/library_module.h"
+#include "host/vst3/vst3_editor_view.h"
 #include "host/vst3/vst3_text.h"
 #include "state/plugin_state_block.h"
 
@@ -15,11 +16,7 @@
 
 #include <algorithm>
 #include <cmath>
-
-namespace Steinberg {
-// The edit controller's view interface; its identifier is defined once, here.
-DEF_CLASS_IID(IPlugView)
-} // namespace Steinberg
+#include <cstring>
 
 namespace halvern {
 
@@ -613,6 +610,16 @@ tresult PLUGIN_API ZAudioPluginVST3Adapter::setParamNormalized(ParamID id, Param
             return kInvalidArgument;
         core_->SetParameterIfChanged(static_cast<int32_t>(id), std::clamp(value, 0.0, 1.0));
         return kResultOk;
+    });
+}
+
+// The editor's view, when the core has an editor; the host owns the one reference.
+IPlugView* PLUGIN_API ZAudioPluginVST3Adapter::createView(FIDString name)
+{
+    return Guarded("ZAudioPluginVST3Adapter::createView", static_cast<IPlugView*>(nullptr), [&]() -> IPlugView* {
+        if (name == nullptr || std::strcmp(name, ViewType::kEditor) != 0 || !core_->HasEditor())
+            return nullptr;
+        return ZVST3EditorView::Create(*this, *core_);
     });
 }
 

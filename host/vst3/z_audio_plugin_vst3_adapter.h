@@ -9,7 +9,8 @@
 // Parameters are the core's registry: ID = index, values are the normalised ones, texts
 // come from the value model. The controller side keeps no copy: it reads the core.
 // Threads: process runs on the host's audio thread; the core's processing lock keeps
-// state loads and set-up changes out of a running block.
+// state loads and set-up changes out of a running block. The editor's view lives on the
+// host's UI thread.
 
 #include "core/audio_plugin.h"
 #include "core/audio_plugin_adapter.h"
@@ -75,6 +76,8 @@ public:
                                                                  Steinberg::Vst::ParamValue plain) SMTG_OVERRIDE;
     Steinberg::Vst::ParamValue PLUGIN_API getParamNormalized(Steinberg::Vst::ParamID id) SMTG_OVERRIDE;
     Steinberg::tresult PLUGIN_API setParamNormalized(Steinberg::Vst::ParamID id, Steinberg::Vst::ParamValue value) SMTG_OVERRIDE;
+    // "editor": the core's editor as an X11 view (see ZVST3EditorView); null for other names.
+    Steinberg::IPlugView* PLUGIN_API createView(Steinberg::FIDString name) SMTG_OVERRIDE;
 
     // ---- IMidiMapping ----
     Steinberg::tresult PLUGIN_API getMidiControllerAssignment(Steinberg::int32 busIndex, Steinberg::int16 channel,

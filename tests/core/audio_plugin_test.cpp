@@ -430,17 +430,21 @@ TEST(AudioPluginFrame, OversampledOutputIsClampedOnlyWhenALimitIsSet)
     }
 }
 
-TEST(AudioPluginFrame, MeteringMeasuresThePeaksOfTheBlock)
+TEST(AudioPluginFrame, MeteringHoldsThePeaksUntilTheEditorTakesThem)
 {
     TestCore core;
     core.effect = Gain(0.5f);
     core.SetMetering(true);
     core.Prepare();
-    StereoBlock in(100, 0.1f), out(100);
-    in.right[42] = -0.8f;
-    core.ProcessBlock(in.pointers, out.pointers, 100, true);
-    EXPECT_NEAR(core.inputLevel(), 0.8, 1e-6);
-    EXPECT_NEAR(core.outputLevel(), 0.4, 1e-6);
+    StereoBlock loud(100, 0.1f), quiet(100, 0.2f), out(100);
+    loud.right[42] = -0.8f;
+    core.ProcessBlock(loud.pointers, out.pointers, 100, true);
+    core.ProcessBlock(quiet.pointers, out.pointers, 100, true);
+    EXPECT_NEAR(core.TakeInputLevel(), 0.8, 1e-6);
+    EXPECT_NEAR(core.TakeOutputLevel(), 0.4, 1e-6);
+    core.ProcessBlock(quiet.pointers, out.pointers, 100, true);
+    EXPECT_NEAR(core.inputLevel(), 0.2, 1e-6);
+    EXPECT_NEAR(core.outputLevel(), 0.1, 1e-6);
 }
 
 TEST(AudioPluginFrame, LatencyChangesAreReportedToTheHost)

@@ -308,7 +308,7 @@ TEST_F(VST2Plugin, AnnouncesIdentityChannelsAndTheCoresParameters)
     EXPECT_GT(ioChangedCalls, ioChangedBefore) << "the latency report at construction reaches the host";
     EXPECT_EQ(effect->magic, kEffectMagic);
     EXPECT_EQ(effect->uniqueID, 0x5A416572);  // 'ZAer'
-    EXPECT_EQ(effect->flags & 0x131, 0x30);    // canReplacing, programChunks; no synth, no editor
+    EXPECT_EQ(effect->flags & 0x131, 0x31);    // editor, canReplacing, programChunks; no synth
     EXPECT_EQ(effect->numInputs, 2);
     EXPECT_EQ(effect->numOutputs, 2);
     EXPECT_EQ(effect->numPrograms, 0);

@@ -1,0 +1,96 @@
+// The reverb editor's costs: a full repaint at scale 1 and 2 (the target is at most
+// 8 ms at scale 1), one second of an open editor's timer ticks while audio runs (the
+// meters move, nothing else changes), and the audio thread's cost with the editor's
+// metering on against off, at 48 kHz stereo in 512-sample blocks.
+
+#include "editor/offscreen_editor.h"
+#include "reverb/halvern_audio_effect_plugin.h"
+#include "state/quessane_audio_effect_plugin.h"
+
+#include <benchmark/benchmark.h>
+
+#include <random>
+#include <vector>
+
+namespace {
+
+using namespace halvern;
+
+constexpr int kBlock = 512;
+constexpr double kRate = 48000.0;
+constexpr int kTicksPerSecond = 60;
+
+struct Instance {
+    ZQuessaneAudioEffectPlugin core{std::make_unique<HalvernAudioEffectPlugin>()};
+    std::vector<float> left = std::vector<float>(kBlock), right = std::vector<float>(kBlock);
+    std::vector<float> outLeft = std::vector<float>(kBlock), outRight = std::vector<float>(kBlock);
+
+    Instance()
+    {
+        core.SetSampleRate(kRate);
+        core.SetMaxBlockSize(kBlock);
+        core.InitProcessing();
+        std::mt19937 generator(3);
+        std::uniform_real_distribution<float> uniform(-0.5f, 0.5f);
+        for (int i = 0; i < kBlock; ++i) {
+            left[static_cast<size_t>(i)] = uniform(generator);
+            right[static_cast<size_t>(i)] = uniform(generator);
+        }
+    }
+    void block()
+    {
+        float* channels[2] = {left.data(), right.data()};
+        float* outputs[2] = {outLeft.data(), outRight.data()};
+        core.ProcessBlock(channels, outputs, kBlock, true);
+    }
+};
+
+void BM_EditorFullRepaint(benchmark::State& state)
+{
+    Instance instance;
+    ZOffscreenEditor editor(instance.core, static_cast<double>(state.range(0)));
+    editor.RenderAll();
+    for (auto _ : state) {
+        editor.root().InvalidateAll();
+        benchmark::DoNotOptimize(editor.root().Paint());
+    }
+    state.counters["ms"] = benchmark::Counter(static_cast<double>(state.iterations()) * 1e-3,
+                                              benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+BENCHMARK(BM_EditorFullRepaint)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
+
+// One second of an open editor: 60 ticks, each with the blocks of audio that arrive in
+// a sixtieth of a second (timed apart), so the meters have something to show.
+void BM_EditorIdleSecond(benchmark::State& state)
+{
+    Instance instance;
+    instance.core.SetMetering(true);
+    ZOffscreenEditor editor(instance.core, 1.0);
+    editor.RenderAll();
+    double now = 0.0;
+    for (auto _ : state) {
+        for (int tick = 0; tick < kTicksPerSecond; ++tick) {
+            state.PauseTiming();
+            for (int b = 0; b < 2; ++b)
+                instance.block();
+            state.ResumeTiming();
+            now += 1.0 / kTicksPerSecond;
+            editor.root().Tick(now);
+            benchmark::DoNotOptimize(editor.root().Paint());
+        }
+    }
+}
+BENCHMARK(BM_EditorIdleSecond)->Unit(benchmark::kMillisecond);
+
+void BM_AudioWithEditor(benchmark::State& state)
+{
+    Instance instance;
+    instance.core.SetMetering(state.range(0) != 0);
+    for (auto _ : state)
+        instance.block();
+    state.counters["realtime"] = benchmark::Counter(static_cast<double>(state.iterations()) * kBlock / kRate,
+                                                    benchmark::Counter::kIsRate);
+}
+BENCHMARK(BM_AudioWithEditor)->ArgName("open")->Arg(0)->Arg(1);
+
+} // namespace

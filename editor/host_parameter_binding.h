@@ -1,0 +1,40 @@
+#pragma once
+
+// A control's view of one host parameter of the plug-in core: values and texts from the
+// core, changes as host gestures (the host hears of every one, and the core takes the
+// value at once).
+
+#include "core/audio_plugin.h"
+#include "core/plugin_editor.h"
+#include "ui/parameter_binding.h"
+
+namespace halvern {
+
+class ZHostParameterBinding : public ZParameterBinding {
+public:
+    // label, when given, is the name the control shows instead of the parameter's own.
+    ZHostParameterBinding(ZAudioPlugin& core, ZEditorHost& host, int32_t index, std::string label = {});
+
+    int32_t index() const { return index_; }
+
+    std::string Name() const override;
+    std::string HelpText() const override;
+    double Value() const override;
+    double DefaultValue() const override;
+    int StepCount() const override;
+    std::vector<std::string> ItemNames() const override;
+    std::string DisplayText(double normalized) const override;
+    std::optional<double> Parse(const std::string& text) const override;
+    void BeginEdit() override;
+    void SetValue(double normalized) override;
+    void EndEdit() override;
+
+private:
+    ZAudioPlugin& core_;
+    ZEditorHost& host_;
+    int32_t index_;
+    std::string label_;
+    int openGestures_ = 0;
+};
+
+} // namespace halvern

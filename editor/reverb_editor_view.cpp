@@ -1,0 +1,233 @@
+#include "editor/reverb_editor_view.h"
+
+#include "editor/host_parameter_binding.h"
+#include "editor/position_editor.h"
+#include "ui/controls/enum_menu.h"
+#include "ui/controls/knob.h"
+#include "ui/controls/label.h"
+#include "ui/controls/switch.h"
+#include "ui/level_meter.h"
+#include "ui/markup/markup_view.h"
+#include "ui/ui_root.h"
+
+#include <map>
+
+namespace halvern {
+namespace {
+
+constexpr double kHeaderHeight = 48.0;
+constexpr const char* kHelpHint = "Point at a control to read what it does; right-click it to type a value.";
+
+struct Placement {
+    ZRect bounds;
+    int columns;
+};
+
+// Where each panel stands in the natural 1200 x 680 layout, and its columns: every
+// control's cell is at least 88 wide, so the longest names show whole.
+const std::map<std::string, Placement>& placements()
+{
+    static const std::map<std::string, Placement> table = {
+        {"Position", {{10, 56, 380, 364}, 1}},
+        {"Globals", {{398, 56, 392, 128}, 4}},
+        {"Equalizer", {{798, 56, 392, 128}, 4}},
+        {"Room", {{398, 192, 290, 228}, 3}},
+        {"Color", {{696, 192, 290, 228}, 3}},
+        {"Gate", {{994, 192, 196, 228}, 2}},
+        {"MultiParameters", {{10, 428, 380, 164}, 4}},
+        {"LFOs", {{398, 428, 792, 164}, 4}},
+    };
+    return table;
+}
+const ZRect kHelpBounds{10, 600, 1180, 70};
+
+int32_t indexOfName(ZAudioPlugin& core, const std::string& name)
+{
+    for (int32_t i = 0; i < core.GetParameterCount(); ++i)
+        if (core.GetParameterName(i) == name)
+            return i;
+    return -1;
+}
+
+// One LFO's strip: its name with its enable switch, and its frequency and amount knobs.
+class LFOStrip : public ZView {
+public:
+    LFOStrip(std::string title, std::unique_ptr<ZView> enable, std::unique_ptr<ZView> frequency,
+             std::unique_ptr<ZView> amount)
+        : title_(std::move(title))
+    {
+        SetName(title_);
+        enable_ = AddChild(std::move(enable));
+        frequency_ = AddChild(std::move(frequency));
+        amount_ = AddChild(std::move(amount));
+    }
+    std::string Text() const override { return title_; }
+    void Layout() override
+    {
+        const ZRect& b = bounds();
+        enable_->SetBounds({b.right() - 48, b.y + 2, 44, 18});
+        const double top = b.y + 24, half = std::floor(b.width / 2);
+        frequency_->SetBounds({b.x, top, half, b.bottom() - top});
+        amount_->SetBounds({b.x + half, top, b.width - half, b.bottom() - top});
+    }
+
+protected:
+    void PaintSelf(ZCanvas& canvas) override
+    {
+        const ZTheme& theme = root()->theme();
+        const ZRect& b = bounds();
+        canvas.FillRoundedRect(b.inset(1, 0), theme.radius, theme.background.mixed(theme.panel, 0.5));
+        canvas.DrawTextInRect(title_, {b.x + 8, b.y + 2, b.width - 60, 18}, theme.Value());
+    }
+
+private:
+    std::string title_;
+    ZView* enable_;
+    ZView* frequency_;
+    ZView* amount_;
+};
+
+} // namespace
+
+// The strip at the top: the plug-in's and its maker's names, bypass, and the meters.
+class ZReverbEditorView::Header : public ZView {
+public:
+    Header(ZQuessaneAudioEffectPlugin& core, std::unique_ptr<ZView> bypass) : core_(core)
+    {
+        SetName("Header");
+        bypass_ = AddChild(std::move(bypass));
+        input_ = AddChild(std::make_unique<ZLevelMeter>("In", [&core] { return core.TakeInputLevel(); }, kTickSeconds));
+        output_ = AddChild(std::make_unique<ZLevelMeter>("Out", [&core] { return core.TakeOutputLevel(); }, kTickSeconds));
+    }
+    std::string Text() const override { return HalvernAudioEffectPlugin::kProductName; }
+    void Layout() override
+    {
+        const ZRect& b = bounds();
+        bypass_->SetBounds({b.right() - 470, b.y + 8, 110, 32});
+        input_->SetBounds({b.right() - 300, b.y + 6, 290, 17});
+        output_->SetBounds({b.right() - 300, b.y + 25, 290, 17});
+    }
+
+protected:
+    void PaintSelf(ZCanvas& canvas) override
+    {
+        const ZTheme& theme = root()->theme();
+        const ZRect& b = bounds();
+        canvas.FillRect(b, theme.header);
+        canvas.Line({b.x, b.bottom() - 0.5}, {b.right(), b.bottom() - 0.5}, theme.panelBorder, 1);
+        const ZTextStyle logo{theme.logoFontSize, ZFontWeight::SemiBold, theme.text};
+        const double width = canvas.DrawTextInRect(HalvernAudioEffectPlugin::kProductName, {b.x + 16, b.y, 200, b.height}, logo);
+        canvas.DrawTextInRect(std::string(HalvernAudioEffectPlugin::kVendorName) + "  \u00B7  Reverb",
+                              {b.x + 26 + width, b.y + 3, 220, b.height}, theme.Label());
+    }
+
+private:
+    ZQuessaneAudioEffectPlugin& core_;
+    ZView* bypass_;
+    ZView* input_;
+    ZView* output_;
+};
+
+ZReverbEditorView::ZReverbEditorView(ZQuessaneAudioEffectPlugin& core, HalvernAudioEffectPlugin& effect,
+                                     ZEditorHost& host)
+    : core_(core), effect_(effect), host_(host)
+{
+    SetName("ReverbEditor");
+    header_ = AddChild(std::make_unique<Header>(core, controlFor(core.bypassIndex())));
+    buildPanels();
+    buildModulators();
+    help_ = AddChild(std::make_unique<ZMarkupView>(kHelpHint));
+    help_->SetName("Help");
+}
+
+std::unique_ptr<ZView> ZReverbEditorView::controlFor(int32_t index, const std::string& label)
+{
+    auto binding = std::make_shared<ZHostParameterBinding>(core_, host_, index, label);
+    std::unique_ptr<ZView> control;
+    switch (core_.GetParameterType(index)) {
+    case ZParameterType::Enumeration:
+        control = std::make_unique<ZEnumMenu>(binding);
+        break;
+    case ZParameterType::Switch:
+        control = std::make_unique<ZSwitch>(binding);
+        break;
+    default:
+        control = std::make_unique<ZKnob>(binding);
+        break;
+    }
+    control->SetName(core_.GetParameterID(index));
+    return control;
+}
+
+// The reverb's records in their order: each panel record opens a panel (its value, if it
+// has one, is the panel's switch) and the records after it are its controls.
+void ZReverbEditorView::buildPanels()
+{
+    auto* position = AddChild(std::make_unique<ZPanel>("Position", 1));
+    position->SetHelpText(ZPositionEditor::kHelpText);
+    position->AddChild(std::make_unique<ZPositionEditor>(
+        effect_, std::make_shared<ZHostParameterBinding>(core_, host_, indexOfName(core_, "Position X")),
+        std::make_shared<ZHostParameterBinding>(core_, host_, indexOfName(core_, "Position Y"))));
+    panels_.push_back(position);
+
+    ZPanel* panel = nullptr;
+    const ZParameterRegistry& registry = core_.parameters();
+    for (int32_t index = 0; index < ZReverbParameters::kCount; ++index) {
+        const ZParameterInfo& info = registry.info(index);
+        if (info.opensPanel) {
+            panel = AddChild(std::make_unique<ZPanel>(info.name, placements().at(info.name).columns));
+            panel->SetHelpText(info.help);
+            if (registry.value(index) != nullptr)
+                panel->SetTitleControl(controlFor(index));
+            panels_.push_back(panel);
+        } else if (panel != nullptr) {
+            panel->AddChild(controlFor(index));
+        }
+    }
+}
+
+void ZReverbEditorView::buildModulators()
+{
+    auto* multiParameters = AddChild(std::make_unique<ZPanel>("MultiParameters", 4));
+    for (int i = 0; i < ZAudioEffectPluginToAudioPluginAdapter::kMultiParameterCount; ++i)
+        multiParameters->AddChild(controlFor(core_.multiParameterIndex(i)));
+    panels_.push_back(multiParameters);
+
+    auto* lfos = AddChild(std::make_unique<ZPanel>("LFOs", 4));
+    for (int i = 0; i < ZAudioEffectPluginToAudioPluginAdapter::kLFOCount; ++i) {
+        const int32_t first = core_.lfoParameterIndex(i);
+        lfos->AddChild(std::make_unique<LFOStrip>("LFO " + std::to_string(i + 1), controlFor(first),
+                                                   controlFor(first + 1, "Frequency"),
+                                                   controlFor(first + 2, "Amount")));
+    }
+    panels_.push_back(lfos);
+}
+
+void ZReverbEditorView::Layout()
+{
+    const ZRect& b = bounds();
+    header_->SetBounds({b.x, b.y, b.width, kHeaderHeight});
+    for (ZPanel* panel : panels_) {
+        const ZRect& at = placements().at(panel->Text()).bounds;
+        panel->SetBounds({b.x + at.x, b.y + at.y, at.width, at.height});
+    }
+    help_->SetBounds(helpArea().inset(12, 8));
+}
+
+ZRect ZReverbEditorView::helpArea() const
+{
+    const ZRect& b = bounds();
+    return {b.x + kHelpBounds.x, b.y + kHelpBounds.y, kHelpBounds.width, kHelpBounds.height};
+}
+
+void ZReverbEditorView::ShowHelp(const std::string& help) { help_->SetMarkup(help.empty() ? kHelpHint : help); }
+
+void ZReverbEditorView::PaintSelf(ZCanvas& canvas)
+{
+    const ZTheme& theme = root()->theme();
+    canvas.FillRect(bounds(), theme.background);
+    canvas.FillRoundedRect(helpArea(), theme.radius, theme.panel);
+    canvas.StrokeRoundedRect(helpArea(), theme.radius, theme.panelBorder, theme.lineWidth);
+}
+
+} // namespace halvern

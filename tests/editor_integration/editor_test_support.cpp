@@ -1,0 +1,107 @@
+#include "editor_test_support.h"
+
+#include "core/audio_plugin.h"
+#include "editor/halvern_editor.h"
+#include "host/library_module.h"
+#include "ui/ui_root.h"
+
+#include <cmath>
+#include <memory>
+
+namespace editortest {
+
+using editorhost::HostCall;
+using editorhost::HostCalls;
+using halvern::ZPoint;
+
+namespace {
+
+class OffscreenHost : public halvern::ZEditorHost {
+public:
+    void BeginEdit(int32_t) override {}
+    void PerformEdit(int32_t, double) override {}
+    void EndEdit(int32_t) override {}
+    bool RequestResize(halvern::ZEditorSize) override { return false; }
+};
+
+std::unique_ptr<halvern::ZAudioPlugin> Core() { return std::unique_ptr<halvern::ZAudioPlugin>(halvern::CreatePluginCore()); }
+
+} // namespace
+
+std::pair<int, int> EditorSizeAt(double factor)
+{
+    return {static_cast<int>(std::lround(halvern::kHalvernEditorWidth * factor)),
+            static_cast<int>(std::lround(halvern::kHalvernEditorHeight * factor))};
+}
+
+int ParameterIndex(const std::string& id)
+{
+    const auto core = Core();
+    for (int index = 0; index < core->GetParameterCount(); ++index)
+        if (core->GetParameterID(index) == id)
+            return index;
+    return -1;
+}
+
+ZPoint ViewCentre(const std::string& name)
+{
+    const auto core = Core();
+    OffscreenHost host;
+    const halvern::ZTheme theme = halvern::ZTheme::Default();
+    halvern::ZUIRoot root(halvern::kHalvernEditorWidth, halvern::kHalvernEditorHeight, 1.0, theme);
+    root.SetContent(halvern::BuildHalvernEditorView(*core, host, root));
+    const halvern::ZView* view = root.content() != nullptr ? root.content()->FindByName(name) : nullptr;
+    return view != nullptr ? view->bounds().center() : ZPoint{-1, -1};
+}
+
+void Drag(editorhost::TestDisplay& display, Window window, ZPoint from, double dx, double dy,
+          const std::function<void()>& pump, bool release)
+{
+    constexpr int kSteps = 6;
+    display.MoveTo(window, from.x, from.y);
+    editorhost::TestDisplay::PumpFor(pump, 30);
+    display.Button(1, true);
+    editorhost::TestDisplay::PumpFor(pump, 30);
+    for (int step = 1; step <= kSteps; ++step) {
+        display.MoveTo(window, from.x + dx * step / kSteps, from.y + dy * step / kSteps);
+        editorhost::TestDisplay::PumpFor(pump, 20);
+    }
+    if (release) {
+        display.Button(1, false);
+        editorhost::TestDisplay::PumpFor(pump, 30);
+    }
+}
+
+testing::AssertionResult IsOneGesture(const HostCalls& calls, int index, double& lastValue)
+{
+    HostCalls gesture;
+    for (const HostCall& call : calls)
+        if (call.kind != HostCall::Kind::Resize)
+            gesture.push_back(call);
+    if (gesture.size() < 3)
+        return testing::AssertionFailure() << gesture.size() << " gesture calls, too few for begin, change, end";
+    for (size_t i = 0; i < gesture.size(); ++i) {
+        const HostCall& call = gesture[i];
+        const HostCall::Kind expected = i == 0 ? HostCall::Kind::Begin
+                                        : i + 1 == gesture.size() ? HostCall::Kind::End
+                                                                  : HostCall::Kind::Perform;
+        if (call.kind != expected || call.index != index)
+            return testing::AssertionFailure() << "call " << i << " is kind " << static_cast<int>(call.kind)
+                                               << " on parameter " << call.index;
+        if (call.kind == HostCall::Kind::Perform && !(call.value >= 0.0 && call.value <= 1.0))
+            return testing::AssertionFailure() << "change " << i << " to " << call.value << " is outside 0..1";
+    }
+    lastValue = gesture[gesture.size() - 2].value;
+    return testing::AssertionSuccess();
+}
+
+std::vector<HostCall> Resizes(const HostCalls& calls)
+{
+    std::vector<HostCall> resizes;
+    for (const HostCall& call : calls)
+        if (call.kind == HostCall::Kind::Resize)
+            resizes.push_back(call);
+    return resizes;
+}
+
+} // namespace editortest

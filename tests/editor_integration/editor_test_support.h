@@ -1,0 +1,39 @@
+#pragma once
+
+// What the editor tests share: where the reverb editor's views are (from the same view
+// tree built off-screen), the parameters' indices, a drag with the test's pointer and
+// the check that a drag reached the host as one gesture.
+
+#include "editor_host_calls.h"
+#include "ui/geometry.h"
+#include "x11_test_display.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace editortest {
+
+// The editor's size in device pixels at a factor of its natural size (zoom times scale).
+std::pair<int, int> EditorSizeAt(double factor);
+// The index of the parameter with the ID.
+int ParameterIndex(const std::string& id);
+// The centre of the editor's view with the name, in logical units (scale 1).
+halvern::ZPoint ViewCentre(const std::string& name);
+
+// Presses button 1 at a point of a window (device pixels), moves the pointer by (dx, dy)
+// pixels in steps, pumping after each, and releases unless told not to.
+void Drag(editorhost::TestDisplay& display, Window window, halvern::ZPoint from, double dx, double dy,
+          const std::function<void()>& pump, bool release = true);
+
+// The calls are exactly one gesture on the parameter: its begin, at least one change
+// with a value in 0..1, its end. The last value is put in lastValue.
+testing::AssertionResult IsOneGesture(const editorhost::HostCalls& calls, int index, double& lastValue);
+
+// The calls that asked for a new size.
+std::vector<editorhost::HostCall> Resizes(const editorhost::HostCalls& calls);
+
+} // namespace editortest

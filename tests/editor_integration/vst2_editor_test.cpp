@@ -1,0 +1,171 @@
+// The built plug-in's editor in the project's VST 2.4 editor host, on the test's Xvfb
+// display: gestures, resizing, many openings, two editors at once and hosts that do
+// less than they should.
+
+#include "editor/halvern_editor.h"
+#include "editor_test_support.h"
+#include "vst2_editor_host.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+namespace {
+
+using editorhost::HostCall;
+using editorhost::TestDisplay;
+using editorhost::Vst2EditorHost;
+using editortest::Drag;
+using editortest::EditorSizeAt;
+using editortest::IsOneGesture;
+using editortest::ParameterIndex;
+using editortest::Resizes;
+using editortest::ViewCentre;
+
+constexpr VstInt32 kScaleIndex = 0x50726553;  // 'PreS'
+constexpr VstIntPtr kScaleValue = 0x41654373; // 'AeCs'
+
+class Vst2Editor : public testing::Test {
+protected:
+    // The point of a view in device pixels, at the editor's scale.
+    halvern::ZPoint pointOf(Vst2EditorHost& host, const std::string& view)
+    {
+        const double scale = host.editorSize().first / halvern::kHalvernEditorWidth;
+        const halvern::ZPoint centre = ViewCentre(view);
+        return {centre.x * scale, centre.y * scale};
+    }
+
+    TestDisplay display;
+};
+
+size_t OpenFileCount()
+{
+    const std::filesystem::directory_iterator descriptors("/proc/self/fd");
+    return static_cast<size_t>(std::distance(begin(descriptors), end(descriptors)));
+}
+
+TEST_F(Vst2Editor, KnobDragInOneOfTwoOpenEditorsIsOneGestureOnItsInstance)
+{
+    const int depth = ParameterIndex("ReverbDepth");
+    ASSERT_GE(depth, 0);
+    Vst2EditorHost first(HALVERN_PLUGIN_PATH, display), second(HALVERN_PLUGIN_PATH, display);
+    EXPECT_NE(second.effect()->flags & effFlagsHasEditor, 0);
+    EXPECT_EQ(second.editorSize(), EditorSizeAt(1.0));
+    ASSERT_TRUE(first.open(0, 0));
+    ASSERT_TRUE(second.open(300, 200));
+    auto pump = [&] {
+        first.idle();
+        second.idle();
+    };
+    display.Raise(second.parent());
+    const float before = second.parameter(depth);
+    const double dy = before > 0.5f ? 60.0 : -60.0;
+    Drag(display, second.editorWindow(), pointOf(second, "ReverbDepth"), 0.0, dy, pump);
+
+    double last = -1.0;
+    EXPECT_TRUE(IsOneGesture(second.calls, depth, last));
+    EXPECT_FLOAT_EQ(second.parameter(depth), static_cast<float>(last));
+    EXPECT_EQ(second.parameter(depth) < before, dy > 0.0) << "dragging down lowers the value";
+    EXPECT_TRUE(first.calls.empty());
+    EXPECT_EQ(first.parameter(depth), before);
+    first.close();
+    second.close();
+}
+
+TEST_F(Vst2Editor, ClosingInTheMiddleOfADragEndsTheGesture)
+{
+    const int depth = ParameterIndex("ReverbDepth");
+    Vst2EditorHost host(HALVERN_PLUGIN_PATH, display);
+    ASSERT_TRUE(host.open());
+    const double dy = host.parameter(depth) > 0.5f ? 40.0 : -40.0;
+    Drag(display, host.editorWindow(), pointOf(host, "ReverbDepth"), 0.0, dy, [&] { host.idle(); }, false);
+    ASSERT_FALSE(host.calls.empty());
+    EXPECT_NE(host.calls.back().kind, HostCall::Kind::End);
+    host.close();
+    double last = -1.0;
+    EXPECT_TRUE(IsOneGesture(host.calls, depth, last));
+    display.Button(1, false);
+    EXPECT_TRUE(display.Children(host.parent()).empty());
+}
+
+TEST_F(Vst2Editor, ResizesThroughTheHostWithTheGripAndTheHostsScale)
+{
+    Vst2EditorHost host(HALVERN_PLUGIN_PATH, display);
+    ASSERT_TRUE(host.open());
+    auto pump = [&] { host.idle(); };
+    // The grip in the bottom-right corner, dragged 10 % larger.
+    const auto [width, height] = EditorSizeAt(1.0);
+    const auto grown = EditorSizeAt(1.1);
+    Drag(display, host.editorWindow(), {width - 6.0, height - 6.0}, grown.first - width, grown.second - height, pump);
+    ASSERT_FALSE(Resizes(host.calls).empty());
+    const HostCall asked = Resizes(host.calls).back();
+    EXPECT_EQ((std::pair{asked.width, asked.height}), grown);
+    EXPECT_EQ(host.editorSize(), grown);
+    EXPECT_TRUE(TestDisplay::PumpUntil(pump, [&] { return display.Size(host.editorWindow()) == grown; }));
+
+    // A double click on the grip asks for the natural size again.
+    display.MoveTo(host.editorWindow(), grown.first - 6.0, grown.second - 6.0);
+    display.Click(1);
+    TestDisplay::PumpFor(pump, 20);
+    display.Click(1);
+    EXPECT_TRUE(TestDisplay::PumpUntil(pump, [&] { return host.editorSize() == EditorSizeAt(1.0); }));
+    EXPECT_EQ(Resizes(host.calls).back().width, width);
+    EXPECT_EQ(host.calls.size(), Resizes(host.calls).size()) << "resizing touches no parameter";
+
+    // The host's content scale through effVendorSpecific.
+    EXPECT_EQ(host.dispatch(effVendorSpecific, kScaleIndex, kScaleValue, nullptr, 2.0f), 1);
+    EXPECT_EQ(host.dispatch(effVendorSpecific, kScaleIndex, 0, nullptr, 2.0f), 0);
+    EXPECT_EQ(host.editorSize(), EditorSizeAt(2.0));
+    EXPECT_EQ(Resizes(host.calls).back().width, EditorSizeAt(2.0).first);
+    host.close();
+}
+
+TEST_F(Vst2Editor, OpensAndClosesAHundredTimesLeavingNothingBehind)
+{
+    Vst2EditorHost host(HALVERN_PLUGIN_PATH, display);
+    ASSERT_TRUE(host.open());
+    host.idle();
+    host.close();
+    const size_t files = OpenFileCount();
+    for (int i = 0; i < 100; ++i) {
+        ASSERT_TRUE(host.open()) << "opening " << i;
+        host.idle();
+        host.idle();
+        host.close();
+    }
+    EXPECT_EQ(OpenFileCount(), files) << "every display connection is closed";
+    EXPECT_TRUE(display.Children(host.parent()).empty());
+}
+
+TEST_F(Vst2Editor, AHostThatNeverCallsIdleStillOpensAndClosesCleanly)
+{
+    const int depth = ParameterIndex("ReverbDepth");
+    Vst2EditorHost host(HALVERN_PLUGIN_PATH, display);
+    const float before = host.parameter(depth);
+    ASSERT_TRUE(host.open());
+    Drag(display, host.editorWindow(), pointOf(host, "ReverbDepth"), 0.0, 40.0, [] {});
+    host.close();
+    EXPECT_TRUE(host.calls.empty()) << "the events were never handled";
+    EXPECT_EQ(host.parameter(depth), before);
+    EXPECT_TRUE(display.Children(host.parent()).empty());
+}
+
+TEST_F(Vst2Editor, OpenFailsCleanlyWithoutADisplayOrAParent)
+{
+    Vst2EditorHost host(HALVERN_PLUGIN_PATH, display);
+    EXPECT_EQ(host.dispatch(effEditOpen, 0, 0, reinterpret_cast<void*>(0x7FFFFF)), 0) << "a parent that does not exist";
+    const std::string saved = std::getenv("DISPLAY");
+    unsetenv("DISPLAY");
+    EXPECT_EQ(host.editorSize(), EditorSizeAt(1.0)) << "the size is known without any display";
+    EXPECT_FALSE(host.open());
+    host.idle();
+    host.close();
+    setenv("DISPLAY", saved.c_str(), 1);
+    EXPECT_TRUE(display.Children(host.parent()).empty());
+    EXPECT_TRUE(host.open()) << "and it opens once there is a display";
+    host.close();
+}
+
+} // namespace
