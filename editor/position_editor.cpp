@@ -1,5 +1,6 @@
 #include "editor/position_editor.h"
 
+#include "ui/controls/popup_menu.h"
 #include "ui/ui_root.h"
 
 #include <algorithm>
@@ -117,6 +118,10 @@ ZPositionEditor::Hit ZPositionEditor::hitTest(ZPoint point) const
 
 bool ZPositionEditor::OnMouseDown(const ZMouseEvent& event)
 {
+    if (event.button == ZMouseButton::Right) {
+        showMenu(event.position);
+        return false;
+    }
     if (event.button != ZMouseButton::Left)
         return false;
     if (event.clickCount == 2) {
@@ -196,6 +201,25 @@ void ZPositionEditor::toggleCorner(ZPoint point)
     }
     effect_.SetRoomOutline(outline_);
     Invalidate();
+}
+
+void ZPositionEditor::showMenu(ZPoint at)
+{
+    ZMenuItem reset;
+    reset.text = "Reset room outline";
+    reset.enabled = outline_ != ZRoomOutline::Rectangle();
+    reset.action = [this] {
+        outline_ = ZRoomOutline::Rectangle();
+        effect_.SetRoomOutline(outline_);
+        Invalidate();
+    };
+    ZMenuItem centre;
+    centre.text = "Source to the centre";
+    centre.action = [this] {
+        SetValueAsGesture(*sourceX_, 0.5);
+        SetValueAsGesture(*sourceY_, 0.5);
+    };
+    ZPopupMenu::Show(*root(), {std::move(reset), std::move(centre)}, {at.x, at.y, 1, 1});
 }
 
 void ZPositionEditor::OnMouseMove(const ZMouseEvent& event)

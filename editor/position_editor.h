@@ -5,6 +5,7 @@
 // "Position Y" as host gestures (hosts record them); dragging the microphone places it
 // directly, as only this editor and the state do. The room's outline is a polygon whose
 // corners can be dragged; a double click on an edge adds a corner, on a corner removes it.
+// The right-click menu resets the outline or brings the source back to the centre.
 
 #include "reverb/halvern_audio_effect_plugin.h"
 #include "ui/parameter_binding.h"
@@ -62,6 +63,7 @@ private:
     void moveTo(ZPoint point);
     void endDrag();
     void toggleCorner(ZPoint point);
+    void showMenu(ZPoint at);
     void paintGrid(ZCanvas& canvas, const ZRect& room) const;
     void paintOutline(ZCanvas& canvas) const;
     void paintMarkers(ZCanvas& canvas) const;
