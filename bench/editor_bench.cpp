@@ -54,8 +54,6 @@ void BM_EditorFullRepaint(benchmark::State& state)
         editor.root().InvalidateAll();
         benchmark::DoNotOptimize(editor.root().Paint());
     }
-    state.counters["ms"] = benchmark::Counter(static_cast<double>(state.iterations()) * 1e-3,
-                                              benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(BM_EditorFullRepaint)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
 

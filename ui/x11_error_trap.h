@@ -17,10 +17,8 @@ public:
     ZX11ErrorTrap(const ZX11ErrorTrap&) = delete;
     ZX11ErrorTrap& operator=(const ZX11ErrorTrap&) = delete;
 
-    // Syncs with the server and says whether any request failed since the trap was set
-    // (or since the last Reset).
+    // Syncs with the server and says whether any request failed since the trap was set.
     bool Failed();
-    void Reset() { failed_ = false; }
 
 private:
     static int handle(Display* display, XErrorEvent* error);

@@ -23,7 +23,6 @@ class ZX11ImageWriter {
 public:
     // Takes the window's visual; false when it is not TrueColor.
     bool Init(Display* display, Visual* visual, int depth);
-    bool direct() const { return direct_; }
     // Puts the rectangle (device pixels, inside the buffer) at the same place in target.
     void Put(Drawable target, GC gc, const ZPixelBuffer& pixels, int x, int y, int width, int height) const;
 
