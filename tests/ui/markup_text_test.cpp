@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -268,7 +269,8 @@ TEST(UiMarkup, TablesLayOutInColumns)
         EXPECT_LE(piece.box.right(), 140.0 + 1e-6) << piece.text;
     EXPECT_GT(pieceWithText(narrow, "metallic").baseline, pieceWithText(narrow, "Bright,").baseline);
     EXPECT_EQ(pieceWithText(narrow, "Smooth").box.x, pieceWithText(narrow, "Character").box.x);
-    EXPECT_EQ(pieceWithText(narrow, "3").baseline, pieceWithText(narrow, "Bright,").baseline); // short column kept whole
+    // The short first column keeps its natural width.
+    EXPECT_EQ(pieceWithText(narrow, "3").baseline, pieceWithText(narrow, "Bright,").baseline);
     EXPECT_GT(narrow.height(), typesetter.lay(kTable, 400.0).height());
 }
 
@@ -300,10 +302,10 @@ TEST(UiMarkup, ViewImagesAndTooltip)
     EXPECT_LT(view->HeightForWidth(400.0), preferred.y);
     root.InvalidateAll();
     root.Paint();
-    // The text's pixels differ from the backdrop inside the view, and only there.
-    const ZCanvas& canvas = root.canvas();
+    // The text's pixels differ from the backdrop.
+    ZCanvas& canvas = root.canvas();
     auto pixel = [&](double x, double y) {
-        const uint8_t* p = root.canvas().pixels() + static_cast<int>(y * 2) * canvas.stride() + static_cast<int>(x * 2) * 4;
+        const uint8_t* p = canvas.pixels() + static_cast<int>(y * 2) * canvas.stride() + static_cast<int>(x * 2) * 4;
         return (uint32_t(p[2]) << 16) | (uint32_t(p[1]) << 8) | p[0];
     };
     const uint32_t backdrop = pixel(350.0, 250.0);
@@ -313,7 +315,8 @@ TEST(UiMarkup, ViewImagesAndTooltip)
             inked += pixel(x, y) != backdrop;
     EXPECT_GT(inked, 200);
 
-    // Tooltips: at most the maximum width, inside the root wherever the pointer is.
+    // Tooltips: at most the maximum width, inside the root and beside the pointer wherever
+    // it is.
     EXPECT_EQ(MakeMarkupTooltip("  <b> </b> ", {10.0, 10.0}, root), nullptr);
     const auto shortTip = MakeMarkupTooltip("Bypass", {10.0, 10.0}, root);
     ASSERT_NE(shortTip, nullptr);
@@ -324,6 +327,7 @@ TEST(UiMarkup, ViewImagesAndTooltip)
         ZView* tip = root.PushOverlay(MakeMarkupTooltip(std::string(kDryWet) + "<p>" + kReference, at, root));
         ASSERT_NE(tip, nullptr);
         EXPECT_TRUE((ZRect{0.0, 0.0, 400.0, 300.0}.contains(tip->bounds())));
+        EXPECT_FALSE(tip->bounds().contains(at)); // never under the pointer
         EXPECT_LE(tip->bounds().width, kMarkupTooltipMaxWidth);
         EXPECT_GT(tip->bounds().width, kMarkupTooltipMaxWidth - 60.0);
         // Shown, the text fits the box it was measured for.

@@ -54,7 +54,8 @@ std::vector<double> columnWidths(const std::vector<ZMarkupExtent>& extents, doub
         if (minimum >= available)
             widths[i] = minimum > 0.0 ? extent.minimum * available / minimum : available / static_cast<double>(open);
         else
-            widths[i] = extent.minimum + (extent.natural - extent.minimum) * (available - minimum) / (natural - minimum);
+            widths[i] = extent.minimum +
+                        (extent.natural - extent.minimum) * (available - minimum) / (natural - minimum);
     }
     return widths;
 }

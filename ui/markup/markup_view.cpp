@@ -56,7 +56,9 @@ void ZMarkupView::PaintSelf(ZCanvas& canvas)
 const ZMarkupLayout& ZMarkupView::layoutFor(double width, const ZCanvas& measure) const
 {
     const ZTheme& currentTheme = theme();
-    if (!layout_ || layout_->width() != std::max(width, 0.0) || layoutScale_ != measure.scale() || layoutTheme_ != &currentTheme) {
+    const bool current = layout_ && layout_->width() == std::max(width, 0.0) && layoutScale_ == measure.scale() &&
+                         layoutTheme_ == &currentTheme;
+    if (!current) {
         layout_ = std::make_unique<ZMarkupLayout>(document_, width, currentTheme, measure, images_);
         layoutScale_ = measure.scale();
         layoutTheme_ = &currentTheme;
