@@ -4,8 +4,9 @@
 #include "editor/position_editor.h"
 #include "ui/controls/enum_menu.h"
 #include "ui/controls/knob.h"
-#include "ui/controls/label.h"
+#include "ui/box_layout.h"
 #include "ui/controls/switch.h"
+#include "ui/grid_layout.h"
 #include "ui/level_meter.h"
 #include "ui/markup/markup_view.h"
 #include "ui/ui_root.h"
@@ -58,17 +59,16 @@ public:
     {
         SetName(title_);
         enable_ = AddChild(std::move(enable));
-        frequency_ = AddChild(std::move(frequency));
-        amount_ = AddChild(std::move(amount));
+        knobs_ = AddChild(std::make_unique<ZGridLayout>(2));
+        knobs_->AddChild(std::move(frequency));
+        knobs_->AddChild(std::move(amount));
     }
     std::string Text() const override { return title_; }
     void Layout() override
     {
         const ZRect& b = bounds();
         enable_->SetBounds({b.right() - 48, b.y + 2, 44, 18});
-        const double top = b.y + 24, half = std::floor(b.width / 2);
-        frequency_->SetBounds({b.x, top, half, b.bottom() - top});
-        amount_->SetBounds({b.x + half, top, b.width - half, b.bottom() - top});
+        knobs_->SetBounds({b.x, b.y + 24, b.width, b.height - 24});
     }
 
 protected:
@@ -83,8 +83,7 @@ protected:
 private:
     std::string title_;
     ZView* enable_;
-    ZView* frequency_;
-    ZView* amount_;
+    ZGridLayout* knobs_;
 };
 
 } // namespace
@@ -96,16 +95,16 @@ public:
     {
         SetName("Header");
         bypass_ = AddChild(std::move(bypass));
-        input_ = AddChild(std::make_unique<ZLevelMeter>("In", [&core] { return core.TakeInputLevel(); }, kTickSeconds));
-        output_ = AddChild(std::make_unique<ZLevelMeter>("Out", [&core] { return core.TakeOutputLevel(); }, kTickSeconds));
+        meters_ = AddChild(std::make_unique<ZBoxLayout>(ZOrientation::Vertical, 2.0));
+        meters_->Add(std::make_unique<ZLevelMeter>("In", [&core] { return core.TakeInputLevel(); }, kTickSeconds));
+        meters_->Add(std::make_unique<ZLevelMeter>("Out", [&core] { return core.TakeOutputLevel(); }, kTickSeconds));
     }
     std::string Text() const override { return HalvernAudioEffectPlugin::kProductName; }
     void Layout() override
     {
         const ZRect& b = bounds();
         bypass_->SetBounds({b.right() - 470, b.y + 8, 110, 32});
-        input_->SetBounds({b.right() - 300, b.y + 6, 290, 17});
-        output_->SetBounds({b.right() - 300, b.y + 25, 290, 17});
+        meters_->SetBounds({b.right() - 300, b.y + 6, 290, 36});
     }
 
 protected:
@@ -124,8 +123,7 @@ protected:
 private:
     ZQuessaneAudioEffectPlugin& core_;
     ZView* bypass_;
-    ZView* input_;
-    ZView* output_;
+    ZBoxLayout* meters_;
 };
 
 ZReverbEditorView::ZReverbEditorView(ZQuessaneAudioEffectPlugin& core, HalvernAudioEffectPlugin& effect,
@@ -165,7 +163,7 @@ void ZReverbEditorView::buildPanels()
 {
     auto* position = AddChild(std::make_unique<ZPanel>("Position", 1));
     position->SetHelpText(ZPositionEditor::kHelpText);
-    position->AddChild(std::make_unique<ZPositionEditor>(
+    position->Add(std::make_unique<ZPositionEditor>(
         effect_, std::make_shared<ZHostParameterBinding>(core_, host_, indexOfName(core_, "Position X")),
         std::make_shared<ZHostParameterBinding>(core_, host_, indexOfName(core_, "Position Y"))));
     panels_.push_back(position);
@@ -181,7 +179,7 @@ void ZReverbEditorView::buildPanels()
                 panel->SetTitleControl(controlFor(index));
             panels_.push_back(panel);
         } else if (panel != nullptr) {
-            panel->AddChild(controlFor(index));
+            panel->Add(controlFor(index));
         }
     }
 }
@@ -190,13 +188,13 @@ void ZReverbEditorView::buildModulators()
 {
     auto* multiParameters = AddChild(std::make_unique<ZPanel>("MultiParameters", 4));
     for (int i = 0; i < ZAudioEffectPluginToAudioPluginAdapter::kMultiParameterCount; ++i)
-        multiParameters->AddChild(controlFor(core_.multiParameterIndex(i)));
+        multiParameters->Add(controlFor(core_.multiParameterIndex(i)));
     panels_.push_back(multiParameters);
 
     auto* lfos = AddChild(std::make_unique<ZPanel>("LFOs", 4));
     for (int i = 0; i < ZAudioEffectPluginToAudioPluginAdapter::kLFOCount; ++i) {
         const int32_t first = core_.lfoParameterIndex(i);
-        lfos->AddChild(std::make_unique<LFOStrip>("LFO " + std::to_string(i + 1), controlFor(first),
+        lfos->Add(std::make_unique<LFOStrip>("LFO " + std::to_string(i + 1), controlFor(first),
                                                    controlFor(first + 1, "Frequency"),
                                                    controlFor(first + 2, "Amount")));
     }

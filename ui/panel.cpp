@@ -2,19 +2,14 @@
 
 #include "ui/ui_root.h"
 
-#include <algorithm>
 #include <cmath>
 
 namespace halvern {
 
-namespace {
-constexpr double kTitleControlWidth = 44.0;
-constexpr double kTitleControlHeight = 18.0;
-} // namespace
-
-ZPanel::ZPanel(std::string title, int columns) : title_(std::move(title)), columns_(std::max(1, columns))
+ZPanel::ZPanel(std::string title, int columns) : title_(std::move(title))
 {
     SetName(title_ + " panel");
+    body_ = AddChild(std::make_unique<ZGridLayout>(columns));
 }
 
 void ZPanel::SetTitleControl(std::unique_ptr<ZView> control)
@@ -23,40 +18,19 @@ void ZPanel::SetTitleControl(std::unique_ptr<ZView> control)
     Layout();
 }
 
-ZRect ZPanel::Body() const
-{
-    const double padding = root() != nullptr ? root()->theme().padding : 10.0;
-    const ZRect& b = bounds();
-    return {b.x + padding, b.y + kTitleHeight + padding / 2, b.width - 2 * padding,
-            b.height - kTitleHeight - padding * 1.5};
-}
-
 void ZPanel::Layout()
 {
+    const ZUIRoot* owner = root();
+    const double padding = owner != nullptr ? owner->theme().padding : 10.0;
+    const double row = owner != nullptr ? owner->theme().rowHeight : 22.0;
     const ZRect& b = bounds();
-    const ZRect body = Body();
-    size_t cell = 0;
-    const int rows = [&] {
-        int count = 0;
-        for (const auto& child : children())
-            count += child.get() != titleControl_;
-        return std::max(1, (count + columns_ - 1) / columns_);
-    }();
-    const double cellWidth = body.width / columns_;
-    const double cellHeight = body.height / rows;
-    for (const auto& child : children()) {
-        if (child.get() == titleControl_) {
-            child->SetBounds({std::round(b.right() - kTitleControlWidth - 8),
-                              std::round(b.y + (kTitleHeight - kTitleControlHeight) / 2), kTitleControlWidth,
-                              kTitleControlHeight});
-            continue;
-        }
-        const double column = static_cast<double>(cell % static_cast<size_t>(columns_));
-        const double row = static_cast<double>(cell / static_cast<size_t>(columns_));
-        child->SetBounds({std::round(body.x + column * cellWidth), std::round(body.y + row * cellHeight),
-                          std::floor(cellWidth), std::floor(cellHeight)});
-        ++cell;
-    }
+    body_->SetBounds({b.x + padding, b.y + kTitleHeight + padding / 2, b.width - 2 * padding,
+                      b.height - kTitleHeight - padding * 1.5});
+    // The title's control gets a compact cell: room for a switch's pill, not its name,
+    // which the title already shows.
+    if (titleControl_ != nullptr)
+        titleControl_->SetBounds({std::round(b.right() - 2 * row - padding), std::round(b.y + (kTitleHeight - row + 4) / 2),
+                                  2 * row, row - 4});
 }
 
 void ZPanel::PaintSelf(ZCanvas& canvas)

@@ -1,9 +1,10 @@
 #pragma once
 
 // ZPanel: a titled group of controls. The title strip may carry a control of its own
-// (a switch that turns the whole group on); the body lays its children out in a grid of
-// equal cells, row by row.
+// (a switch that turns the whole group on); the body is a grid of equal cells filled row
+// by row. Its name is its title followed by " panel".
 
+#include "ui/grid_layout.h"
 #include "ui/view.h"
 
 #include <string>
@@ -17,11 +18,16 @@ public:
     ZPanel(std::string title, int columns);
 
     std::string Text() const override { return title_; }
+    // Adds a control to the next cell of the body.
+    template <class View>
+    View* Add(std::unique_ptr<View> control)
+    {
+        return body_->AddChild(std::move(control));
+    }
     // A control shown at the right of the title strip; the panel owns it.
     void SetTitleControl(std::unique_ptr<ZView> control);
     ZView* titleControl() const { return titleControl_; }
-    // The area below the title strip, inside the padding.
-    ZRect Body() const;
+    ZGridLayout& body() const { return *body_; }
     void Layout() override;
 
 protected:
@@ -29,7 +35,7 @@ protected:
 
 private:
     std::string title_;
-    int columns_;
+    ZGridLayout* body_;
     ZView* titleControl_ = nullptr;
 };
 

@@ -69,7 +69,7 @@ TEST(ReverbEditor, EveryShownParameterHasOneControlWithItsTextAndNothingOverlaps
             EXPECT_NE(control->Text().find(core->GetParameterValueName(index)), std::string::npos)
                 << core->GetParameterID(index) << " shows \"" << control->Text() << "\"";
             EXPECT_TRUE(area.contains(control->bounds()));
-            EXPECT_TRUE(control->parent()->bounds().contains(control->bounds())) << core->GetParameterID(index);
+            EXPECT_TRUE(control->parent()->parent()->bounds().contains(control->bounds())) << core->GetParameterID(index);
             const ZTextStyle value = editor.root().theme().Value();
             EXPECT_LE(editor.root().canvas().TextWidth(control->Text(), value), control->bounds().width)
                 << core->GetParameterID(index) << " cannot show \"" << control->Text() << "\"";
@@ -108,8 +108,8 @@ TEST(ReverbEditor, PanelsFollowTheRecordsAndTheGateSwitchSitsInItsTitle)
     auto* gate = dynamic_cast<ZPanel*>(content.FindByName("Gate panel"));
     ASSERT_NE(gate->titleControl(), nullptr);
     EXPECT_EQ(gate->titleControl()->name(), "Gate");
-    EXPECT_EQ(content.FindByName("saturationmode")->parent(), content.FindByName("Equalizer panel"));
-    EXPECT_EQ(content.FindByName("ReverbDepth")->parent(), content.FindByName("Globals panel"));
+    EXPECT_EQ(content.FindByName("saturationmode")->parent()->parent(), content.FindByName("Equalizer panel"));
+    EXPECT_EQ(content.FindByName("ReverbDepth")->parent()->parent(), content.FindByName("Globals panel"));
 }
 
 TEST(ReverbEditor, PositionEditorPlacesSourceAndMicrophoneAndEditsTheOutline)
