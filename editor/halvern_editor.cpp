@@ -42,7 +42,7 @@ std::unique_ptr<ZView> BuildHalvernEditorView(ZAudioPlugin& core, ZEditorHost& h
     const EditorParts parts = partsOf(core);
     if (parts.effect == nullptr)
         return nullptr;
-    auto view = std::make_unique<ZReverbEditorView>(*parts.core, *parts.effect, host);
+    auto view = std::make_unique<ZReverbEditorView>(*parts.core, *parts.effect, host, nullptr, nullptr);
     ZReverbEditorView* shown = view.get();
     root.SetHelpListener([shown](const std::string& help) { shown->ShowHelp(help); });
     root.SetTooltipFactory(MakeMarkupTooltip);

@@ -6,8 +6,9 @@
 
 namespace halvern {
 
-ZHostParameterBinding::ZHostParameterBinding(ZAudioPlugin& core, ZEditorHost& host, int32_t index, std::string label)
-    : core_(core), host_(host), index_(index), label_(std::move(label))
+ZHostParameterBinding::ZHostParameterBinding(ZAudioPlugin& core, ZEditorHost& host, int32_t index, std::string label,
+                                             ZBindingObserver* observer)
+    : core_(core), host_(host), index_(index), label_(std::move(label)), observer_(observer)
 {
 }
 
@@ -59,10 +60,17 @@ std::optional<double> ZHostParameterBinding::Parse(const std::string& text) cons
 
 // Gestures nest (a double click inside a drag's press, two bindings of one pad); the host
 // hears one begin and one end per parameter.
+std::optional<std::pair<double, double>> ZHostParameterBinding::ModulationRange() const
+{
+    return observer_ != nullptr ? observer_->RangeOn(index_) : std::nullopt;
+}
+
 void ZHostParameterBinding::BeginEdit()
 {
-    if (openGestures_++ == 0)
+    if (openGestures_++ == 0) {
+        gestureStart_ = Value();
         host_.BeginEdit(index_);
+    }
 }
 
 void ZHostParameterBinding::SetValue(double normalized)
@@ -72,8 +80,11 @@ void ZHostParameterBinding::SetValue(double normalized)
 
 void ZHostParameterBinding::EndEdit()
 {
-    if (openGestures_ > 0 && --openGestures_ == 0)
+    if (openGestures_ > 0 && --openGestures_ == 0) {
         host_.EndEdit(index_);
+        if (observer_ != nullptr)
+            observer_->GestureEnded(index_, gestureStart_, Value());
+    }
 }
 
 } // namespace halvern

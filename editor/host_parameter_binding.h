@@ -10,10 +10,20 @@
 
 namespace halvern {
 
+// What the editor around the bindings adds: it hears of every finished gesture (for
+// Learn) and says which modulation range to show on a parameter.
+class ZBindingObserver {
+public:
+    virtual ~ZBindingObserver() = default;
+    virtual void GestureEnded(int32_t index, double from, double to) = 0;
+    virtual std::optional<std::pair<double, double>> RangeOn(int32_t index) const = 0;
+};
+
 class ZHostParameterBinding : public ZParameterBinding {
 public:
     // label, when given, is the name the control shows instead of the parameter's own.
-    ZHostParameterBinding(ZAudioPlugin& core, ZEditorHost& host, int32_t index, std::string label = {});
+    ZHostParameterBinding(ZAudioPlugin& core, ZEditorHost& host, int32_t index, std::string label = {},
+                          ZBindingObserver* observer = nullptr);
 
     int32_t index() const { return index_; }
 
@@ -25,6 +35,7 @@ public:
     std::vector<std::string> ItemNames() const override;
     std::string DisplayText(double normalized) const override;
     std::optional<double> Parse(const std::string& text) const override;
+    std::optional<std::pair<double, double>> ModulationRange() const override;
     void BeginEdit() override;
     void SetValue(double normalized) override;
     void EndEdit() override;
@@ -34,7 +45,9 @@ private:
     ZEditorHost& host_;
     int32_t index_;
     std::string label_;
+    ZBindingObserver* observer_;
     int openGestures_ = 0;
+    double gestureStart_ = 0.0;
 };
 
 } // namespace halvern

@@ -11,6 +11,7 @@
 #include "ui/markup/markup_view.h"
 #include "ui/ui_root.h"
 
+#include <algorithm>
 #include <map>
 
 namespace halvern {
@@ -24,7 +25,7 @@ struct Placement {
     int columns;
 };
 
-// Where each panel stands in the natural 1200 x 680 layout, and its columns: every
+// Where each panel stands in the natural 1200 x 800 layout, and its columns: every
 // control's cell is at least 88 wide, so the longest names show whole.
 const std::map<std::string, Placement>& placements()
 {
@@ -35,12 +36,11 @@ const std::map<std::string, Placement>& placements()
         {"Room", {{398, 192, 290, 228}, 3}},
         {"Color", {{696, 192, 290, 228}, 3}},
         {"Gate", {{994, 192, 196, 228}, 2}},
-        {"MultiParameters", {{10, 428, 380, 164}, 4}},
-        {"LFOs", {{398, 428, 792, 164}, 4}},
     };
     return table;
 }
-const ZRect kHelpBounds{10, 600, 1180, 70};
+const ZRect kModulatorBounds{10, 428, 1180, 310};
+const ZRect kHelpBounds{10, 746, 1180, 46};
 
 int32_t indexOfName(ZAudioPlugin& core, const std::string& name)
 {
@@ -49,42 +49,6 @@ int32_t indexOfName(ZAudioPlugin& core, const std::string& name)
             return i;
     return -1;
 }
-
-// One LFO's strip: its name with its enable switch, and its frequency and amount knobs.
-class LFOStrip : public ZView {
-public:
-    LFOStrip(std::string title, std::unique_ptr<ZView> enable, std::unique_ptr<ZView> frequency,
-             std::unique_ptr<ZView> amount)
-        : title_(std::move(title))
-    {
-        SetName(title_);
-        enable_ = AddChild(std::move(enable));
-        knobs_ = AddChild(std::make_unique<ZGridLayout>(2));
-        knobs_->AddChild(std::move(frequency));
-        knobs_->AddChild(std::move(amount));
-    }
-    std::string Text() const override { return title_; }
-    void Layout() override
-    {
-        const ZRect& b = bounds();
-        enable_->SetBounds({b.right() - 48, b.y + 2, 44, 18});
-        knobs_->SetBounds({b.x, b.y + 24, b.width, b.height - 24});
-    }
-
-protected:
-    void PaintSelf(ZCanvas& canvas) override
-    {
-        const ZTheme& theme = root()->theme();
-        const ZRect& b = bounds();
-        canvas.FillRoundedRect(b.inset(1, 0), theme.radius, theme.background.mixed(theme.panel, 0.5));
-        canvas.DrawTextInRect(title_, {b.x + 8, b.y + 2, b.width - 60, 18}, theme.Value());
-    }
-
-private:
-    std::string title_;
-    ZView* enable_;
-    ZGridLayout* knobs_;
-};
 
 } // namespace
 
@@ -126,21 +90,33 @@ private:
     ZBoxLayout* meters_;
 };
 
-ZReverbEditorView::ZReverbEditorView(ZQuessaneAudioEffectPlugin& core, HalvernAudioEffectPlugin& effect,
-                                     ZEditorHost& host)
-    : core_(core), effect_(effect), host_(host)
+ZReverbEditorView::ZReverbEditorView(
+    ZQuessaneAudioEffectPlugin& core, HalvernAudioEffectPlugin& effect, ZEditorHost& host,
+    std::function<std::unique_ptr<ZView>(ZModulatorEditorContext&, ZModulatorSelection)> buildPage,
+    std::function<void(ZModulatorEditorContext&, ZModulatorSelection, ZRect)> openMenu)
+    : core_(core), effect_(effect), host_(host),
+      context_{core, effect, host, [this](ZModulatorSelection which) { area_->Select(which); },
+               [this](ZLearnListener* listener) { learn_ = listener; }}
 {
     SetName("ReverbEditor");
     header_ = AddChild(std::make_unique<Header>(core, controlFor(core.bypassIndex())));
     buildPanels();
-    buildModulators();
+    area_ = AddChild(std::make_unique<ZModulatorArea>(
+        context_,
+        [this, buildPage](ZModulatorSelection which) { return buildPage ? buildPage(context_, which) : nullptr; },
+        [this, openMenu](ZModulatorSelection which, ZRect anchor) {
+            if (openMenu)
+                openMenu(context_, which, anchor);
+        },
+        [this](int32_t index, const std::string& label) { return controlFor(index, label); }));
     help_ = AddChild(std::make_unique<ZMarkupView>(kHelpHint));
     help_->SetName("Help");
 }
 
 std::unique_ptr<ZView> ZReverbEditorView::controlFor(int32_t index, const std::string& label)
 {
-    auto binding = std::make_shared<ZHostParameterBinding>(core_, host_, index, label);
+    ZBindingObserver* observer = this;
+    auto binding = std::make_shared<ZHostParameterBinding>(core_, host_, index, label, observer);
     std::unique_ptr<ZView> control;
     switch (core_.GetParameterType(index)) {
     case ZParameterType::Enumeration:
@@ -184,23 +160,6 @@ void ZReverbEditorView::buildPanels()
     }
 }
 
-void ZReverbEditorView::buildModulators()
-{
-    auto* multiParameters = AddChild(std::make_unique<ZPanel>("MultiParameters", 4));
-    for (int i = 0; i < ZAudioEffectPluginToAudioPluginAdapter::kMultiParameterCount; ++i)
-        multiParameters->Add(controlFor(core_.multiParameterIndex(i)));
-    panels_.push_back(multiParameters);
-
-    auto* lfos = AddChild(std::make_unique<ZPanel>("LFOs", 4));
-    for (int i = 0; i < ZAudioEffectPluginToAudioPluginAdapter::kLFOCount; ++i) {
-        const int32_t first = core_.lfoParameterIndex(i);
-        lfos->Add(std::make_unique<LFOStrip>("LFO " + std::to_string(i + 1), controlFor(first),
-                                                   controlFor(first + 1, "Frequency"),
-                                                   controlFor(first + 2, "Amount")));
-    }
-    panels_.push_back(lfos);
-}
-
 void ZReverbEditorView::Layout()
 {
     const ZRect& b = bounds();
@@ -209,7 +168,47 @@ void ZReverbEditorView::Layout()
         const ZRect& at = placements().at(panel->Text()).bounds;
         panel->SetBounds({b.x + at.x, b.y + at.y, at.width, at.height});
     }
-    help_->SetBounds(helpArea().inset(12, 8));
+    area_->SetBounds({b.x + kModulatorBounds.x, b.y + kModulatorBounds.y, kModulatorBounds.width,
+                      kModulatorBounds.height});
+    help_->SetBounds(helpArea().inset(12, 6));
+}
+
+void ZReverbEditorView::GestureEnded(int32_t index, double from, double to)
+{
+    if (learn_ != nullptr)
+        learn_->ParameterTouched(index, from, to);
+}
+
+std::optional<std::pair<double, double>> ZReverbEditorView::RangeOn(int32_t index) const
+{
+    return area_ != nullptr ? area_->RangeOn(index) : std::nullopt;
+}
+
+// The ranges drawn on the controls follow the selected modulator's targets: when they
+// change (an edit on its page, a loaded state), every control is drawn again.
+void ZReverbEditorView::Refresh()
+{
+    if (targetsChanged())
+        Invalidate();
+}
+
+bool ZReverbEditorView::targetsChanged()
+{
+    const ZModulatorSelection& which = area_->selection();
+    std::vector<ZModulatorTarget> now;
+    if (which.kind == ZModulatorSelection::Kind::LFO)
+        now = core_.lfo(which.index).targets().targets();
+    else if (which.kind == ZModulatorSelection::Kind::MultiParameter)
+        now = core_.multiParameter(which.index).targets().targets();
+    const auto same = [](const ZModulatorTarget& a, const ZModulatorTarget& b) {
+        return a.parameter == b.parameter && a.enabled == b.enabled && a.value == b.value && a.maxValue == b.maxValue &&
+               a.range == b.range && a.rangeMode == b.rangeMode && a.invert == b.invert &&
+               a.useFirstRange == b.useFirstRange;
+    };
+    if (std::equal(now.begin(), now.end(), shownTargets_.begin(), shownTargets_.end(), same))
+        return false;
+    shownTargets_ = std::move(now);
+    return true;
 }
 
 ZRect ZReverbEditorView::helpArea() const

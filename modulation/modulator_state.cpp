@@ -17,22 +17,12 @@ double limited(double value, double low, double high)
     return std::clamp(value, low, high);
 }
 
-bool sameCurve(const ZTransferCurve& a, const ZTransferCurve& b)
-{
-    if (a.pointCount() != b.pointCount())
-        return false;
-    for (int i = 0; i < a.pointCount(); ++i)
-        if (a.point(i).x != b.point(i).x || a.point(i).y != b.point(i).y || a.point(i).curve != b.point(i).curve)
-            return false;
-    return true;
-}
-
 // "Shape": one "Point" child per point; written only when the curve is not the identity.
 void serializeCurve(const ZSerializationContext& context, ZTransferCurve& curve)
 {
     const ZTransferCurve identity;
     if (context.storing()) {
-        if (sameCurve(curve, identity))
+        if (curve == identity)
             return;
         ZMLElement& shape = *context.child("Shape");
         for (int i = 0; i < curve.pointCount(); ++i) {

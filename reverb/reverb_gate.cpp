@@ -34,11 +34,12 @@ void ZReverbGate::configure(double sampleRate, double thresholdDb, double sizeDb
     c_.threshold = std::pow(10.0, thresholdDb * 0.05);
     c_.floor = std::pow(10.0, (thresholdDb - sizeDb) * 0.05);
 
+    const ZEnvelopeComputer::Segment straight{ZEnvelopeComputer::ItemLinear};
     curve_.clear();
-    curve_.addPoint({0.0, 0.0, 1.0});
-    curve_.addPoint({c_.floor, 0.0, 1.0});
-    curve_.addPoint({c_.threshold, c_.threshold, 1.0});
-    curve_.addPoint({1.0, 1.0, 1.0});
+    curve_.addPoint({0.0, 0.0, straight});
+    curve_.addPoint({c_.floor, 0.0, straight});
+    curve_.addPoint({c_.threshold, c_.threshold, straight});
+    curve_.addPoint({1.0, 1.0, straight});
 }
 
 void ZReverbGate::reset()

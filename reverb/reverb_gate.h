@@ -5,7 +5,7 @@
 // the level unchanged above a threshold A and opens linearly in between. Both channels
 // get the same gain.
 
-#include "modulation/transfer_curve.h"
+#include "modulation/envelope_computer.h"
 
 namespace halvern {
 
@@ -38,7 +38,7 @@ private:
     double gainAt(double level) const;
 
     Coefficients c_;
-    ZTransferCurve curve_;
+    ZEnvelopeComputer curve_; // input level -> output level, straight segments
     double power_ = 0.0;
     double follower_ = 0.0;
 };

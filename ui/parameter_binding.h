@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace halvern {
@@ -29,6 +30,9 @@ public:
     virtual std::string DisplayText(double normalized) const = 0;
     // A typed text in the value's own units; nothing when it is not a value.
     virtual std::optional<double> Parse(const std::string& text) const = 0;
+
+    // The range [low, high] a modulator sweeps the value over, when one is to be shown.
+    virtual std::optional<std::pair<double, double>> ModulationRange() const { return std::nullopt; }
 
     // A gesture: BeginEdit, any number of SetValue, EndEdit. Every change is inside one.
     virtual void BeginEdit() = 0;

@@ -41,6 +41,7 @@ ZTheme ZTheme::Default()
     theme.meterClip = ZColor::FromRGB(0xE5534B);
     theme.source = ZColor::FromRGB(0xF0A04B);
     theme.microphone = ZColor::FromRGB(0x4FC3D4);
+    theme.modulation = ZColor::FromRGB(0xF0A04B);
     theme.error = ZColor::FromRGB(0xE5534B);
     return theme;
 }
@@ -58,7 +59,8 @@ std::map<std::string, ZColor ZTheme::*> colorItems()
             {"popupBorder", &ZTheme::popupBorder}, {"highlight", &ZTheme::highlight},
             {"meterLow", &ZTheme::meterLow},     {"meterHigh", &ZTheme::meterHigh},
             {"meterClip", &ZTheme::meterClip},   {"source", &ZTheme::source},
-            {"microphone", &ZTheme::microphone}, {"error", &ZTheme::error}};
+            {"microphone", &ZTheme::microphone},
+            {"modulation", &ZTheme::modulation}, {"error", &ZTheme::error}};
 }
 
 struct SizeItem {

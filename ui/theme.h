@@ -31,6 +31,7 @@ struct ZTheme {
     ZColor meterClip;
     ZColor source;          // the position editor's source
     ZColor microphone;      // the position editor's microphone
+    ZColor modulation;      // the range a selected modulator sweeps on a control
     ZColor error;           // the frame of a text field whose text was refused
 
     // sizes, logical units

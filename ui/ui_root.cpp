@@ -14,7 +14,7 @@ ZUIRoot::ZUIRoot(double logicalWidth, double logicalHeight, double scale, const 
 ZUIRoot::~ZUIRoot()
 {
     // Views forget themselves here while the root is still whole.
-    removedOverlays_.clear();
+    disposed_.clear();
     overlays_.clear();
     content_.reset();
 }
@@ -44,7 +44,7 @@ void ZUIRoot::InvalidateAll() { canvas_->MarkDirty({0, 0, logicalWidth_, logical
 
 std::vector<ZRect> ZUIRoot::Paint()
 {
-    destroyRemovedOverlays();
+    destroyDisposed();
     std::vector<ZRect> pixels = canvas_->TakeDirtyPixels();
     for (const ZRect& area : pixels) {
         // Each area is painted clipped to its whole device pixels, so edges never seam.
@@ -93,14 +93,14 @@ void ZUIRoot::MouseDown(const ZMouseEvent& event)
     ZView* target = hitTest(event.position, outside);
     if (outside) {
         DismissOverlays();
-        destroyRemovedOverlays();
+        destroyDisposed();
         return;
     }
     SetFocus(target != nullptr && target->AcceptsFocus() ? target : nullptr);
     if (target != nullptr && target->OnMouseDown(event))
         captured_ = target;
     updateCursor();
-    destroyRemovedOverlays();
+    destroyDisposed();
 }
 
 void ZUIRoot::MouseMove(const ZMouseEvent& event)
@@ -121,7 +121,7 @@ void ZUIRoot::MouseMove(const ZMouseEvent& event)
             hovered_->OnMouseMove(event);
     }
     updateCursor();
-    destroyRemovedOverlays();
+    destroyDisposed();
 }
 
 void ZUIRoot::MouseUp(const ZMouseEvent& event)
@@ -134,7 +134,7 @@ void ZUIRoot::MouseUp(const ZMouseEvent& event)
     bool outside = false;
     setHovered(hitTest(event.position, outside));
     updateCursor();
-    destroyRemovedOverlays();
+    destroyDisposed();
 }
 
 void ZUIRoot::MouseLeft()
@@ -154,7 +154,7 @@ void ZUIRoot::Wheel(const ZWheelEvent& event)
     for (ZView* view = hitTest(event.position, outside); view != nullptr; view = view->parent())
         if (view->visible() && view->OnWheel(event))
             break;
-    destroyRemovedOverlays();
+    destroyDisposed();
 }
 
 bool ZUIRoot::Key(const ZKeyEvent& event)
@@ -164,7 +164,7 @@ bool ZUIRoot::Key(const ZKeyEvent& event)
     for (auto it = overlays_.rbegin(); !taken && it != overlays_.rend(); ++it)
         if (it->get() != tooltip_)
             taken = (*it)->OnKey(event);
-    destroyRemovedOverlays();
+    destroyDisposed();
     return taken;
 }
 
@@ -232,7 +232,7 @@ void ZUIRoot::RemoveOverlay(ZView* overlay)
         if (overlays_[i].get() != overlay)
             continue;
         overlay->Invalidate();
-        removedOverlays_.push_back(std::move(overlays_[i]));
+        disposed_.push_back(std::move(overlays_[i]));
         overlays_.erase(overlays_.begin() + static_cast<std::ptrdiff_t>(i));
         overlayDismissable_.erase(overlayDismissable_.begin() + static_cast<std::ptrdiff_t>(i));
         if (overlay == tooltip_)
@@ -253,7 +253,18 @@ bool ZUIRoot::HasOverlays() const
     return std::any_of(overlays_.begin(), overlays_.end(), [this](const auto& o) { return o.get() != tooltip_; });
 }
 
-void ZUIRoot::destroyRemovedOverlays() { removedOverlays_.clear(); }
+void ZUIRoot::destroyDisposed() { disposed_.clear(); }
+
+void ZUIRoot::Dispose(std::unique_ptr<ZView> view)
+{
+    if (!view)
+        return;
+    for (ZView** pointer : {&captured_, &hovered_, &focused_})
+        if (*pointer != nullptr && view->Contains(*pointer))
+            *pointer = nullptr;
+    view->rootOfTree_ = this; // so its views still tell this root when they go
+    disposed_.push_back(std::move(view));
+}
 
 void ZUIRoot::hideTooltip()
 {
@@ -285,7 +296,7 @@ void ZUIRoot::Tick(double nowSeconds)
             if (auto tip = tooltipFactory_(help, lastPointer_, *this))
                 tooltip_ = PushOverlay(std::move(tip), true);
     }
-    destroyRemovedOverlays();
+    destroyDisposed();
 }
 
 int ZUIRoot::AddTimer(double intervalSeconds, std::function<void()> function)

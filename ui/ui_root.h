@@ -94,6 +94,9 @@ public:
 
     // Called by views being destroyed, so the root forgets them.
     void Forget(ZView* view);
+    // Destroys a view taken out of the tree once the event in progress is over (it may be
+    // the view handling it); until then it gets no events.
+    void Dispose(std::unique_ptr<ZView> view);
 
 private:
     struct Timer {
@@ -106,7 +109,7 @@ private:
     ZView* hitTest(ZPoint point, bool& outsideOverlays);
     void setHovered(ZView* view);
     void hideTooltip();
-    void destroyRemovedOverlays();
+    void destroyDisposed();
     void updateCursor();
 
     const ZTheme& theme_;
@@ -117,7 +120,7 @@ private:
     std::unique_ptr<ZView> content_;
     std::vector<std::unique_ptr<ZView>> overlays_;
     std::vector<bool> overlayDismissable_;
-    std::vector<std::unique_ptr<ZView>> removedOverlays_;
+    std::vector<std::unique_ptr<ZView>> disposed_; // destroyed when the event in progress ends
     ZView* captured_ = nullptr;
     ZView* hovered_ = nullptr;
     ZView* focused_ = nullptr;

@@ -24,6 +24,28 @@ void ZView::ClearChildren()
     children_.clear();
 }
 
+std::unique_ptr<ZView> ZView::TakeChild(ZView* child)
+{
+    for (auto it = children_.begin(); it != children_.end(); ++it) {
+        if (it->get() != child)
+            continue;
+        Invalidate();
+        std::unique_ptr<ZView> taken = std::move(*it);
+        children_.erase(it);
+        taken->parent_ = nullptr;
+        return taken;
+    }
+    return nullptr;
+}
+
+bool ZView::Contains(const ZView* view) const
+{
+    for (; view != nullptr; view = view->parent_)
+        if (view == this)
+            return true;
+    return false;
+}
+
 ZUIRoot* ZView::root() const
 {
     const ZView* top = this;

@@ -39,12 +39,17 @@ public:
     }
     // Removes and destroys every child.
     void ClearChildren();
+    // Takes a child out of the tree and hands it over (null when it is not a child).
+    // Give it to ZUIRoot::Dispose when it may be in the middle of handling an event.
+    std::unique_ptr<ZView> TakeChild(ZView* child);
     const std::vector<std::unique_ptr<ZView>>& children() const { return children_; }
     ZView* parent() const { return parent_; }
     // The root this view is shown in, or null while it is not attached to one.
     ZUIRoot* root() const;
     // Depth-first search by name; null when there is none.
     ZView* FindByName(const std::string& name);
+    // Whether view is this view or one of its descendants.
+    bool Contains(const ZView* view) const;
 
     // ---- geometry ----
     // Sets the bounds and lays the children out again.

@@ -75,6 +75,13 @@ void ZKnob::PaintSelf(ZCanvas& canvas)
     const double valueAngle = kArcStart + kArcSweep * value();
     canvas.StrokeArc(center, arcRadius, kArcStart, kArcStart + kArcSweep, t.track, t.valueLineWidth);
     canvas.StrokeArc(center, arcRadius, kArcStart, valueAngle, t.accent, t.valueLineWidth);
+    if (const auto range = binding().ModulationRange()) {
+        // The range a selected modulator sweeps, just outside the value arc.
+        const double outer = arcRadius + t.valueLineWidth * 0.75 + 1.0;
+        canvas.StrokeArc(center, outer, kArcStart + kArcSweep * range->first,
+                         kArcStart + kArcSweep * std::max(range->second, range->first + 0.004), t.modulation,
+                         t.valueLineWidth * 0.6);
+    }
     canvas.FillCircle(center, faceRadius, hovered() ? t.controlHover : t.control);
     const ZPoint direction{std::cos(valueAngle), std::sin(valueAngle)};
     canvas.Line({center.x + direction.x * faceRadius / 2, center.y + direction.y * faceRadius / 2},

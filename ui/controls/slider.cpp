@@ -55,6 +55,12 @@ void ZSlider::PaintSelf(ZCanvas& canvas)
     const double thumbX = track.x + track.width * value();
     canvas.Line({track.x, track.y}, {track.right(), track.y}, t.track, t.valueLineWidth);
     canvas.Line({track.x, track.y}, {thumbX, track.y}, t.accent, t.valueLineWidth);
+    if (const auto range = binding().ModulationRange()) {
+        // The range a selected modulator sweeps, just under the track.
+        const double below = track.y + t.valueLineWidth + 1.0;
+        canvas.Line({track.x + track.width * range->first, below}, {track.x + track.width * range->second, below},
+                    t.modulation, t.valueLineWidth * 0.6);
+    }
     canvas.FillCircle({thumbX, track.y}, t.handleRadius, hovered() ? t.text : t.textDim);
 }
 
