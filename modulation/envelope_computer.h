@@ -66,14 +66,12 @@ public:
         Item item = ItemLinear;
         double parameter = 1.0;
         double parameter2 = 0.5;
-        bool operator==(const Segment&) const = default;
     };
 
     struct Point {
         double x = 0.0;
         double y = 0.0;
         Segment segment; // the segment that ends at this point (unused on the first)
-        bool operator==(const Point&) const = default;
     };
 
     // The item's shape s at t (see above).

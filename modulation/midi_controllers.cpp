@@ -99,19 +99,35 @@ int32_t ZMIDIControllers::assignedParameter(int channel, int32_t controller) con
     return -1;
 }
 
+void ZMIDIControllers::recordReceived(int channel, int32_t controller)
+{
+    const uint64_t count = (lastReceived_.load(std::memory_order_relaxed) >> 16) + 1;
+    lastReceived_.store(count << 16 | static_cast<uint64_t>(channel & 0xFF) << 8 | static_cast<uint64_t>(controller & 0xFF),
+                        std::memory_order_release);
+}
+
+ZReceivedController ZMIDIControllers::lastReceived() const
+{
+    const uint64_t word = lastReceived_.load(std::memory_order_acquire);
+    return {static_cast<uint32_t>(word >> 16), static_cast<int32_t>(word >> 8 & 0xFF), static_cast<int32_t>(word & 0xFF)};
+}
+
 void ZMIDIControllers::controllerChanged(int channel, int controller, int value, ZParameterRegistry& registry)
 {
+    recordReceived(channel, controller);
     watchPresetSwitch(channel, controller, value);
     drive(channel, controller, fromSevenBits(value), registry);
 }
 
 void ZMIDIControllers::aftertouch(int channel, int value, ZParameterRegistry& registry)
 {
+    recordReceived(channel, static_cast<int32_t>(ZMIDISource::Aftertouch));
     drive(channel, static_cast<int32_t>(ZMIDISource::Aftertouch), fromSevenBits(value), registry);
 }
 
 void ZMIDIControllers::pitchBend(int channel, int value, ZParameterRegistry& registry)
 {
+    recordReceived(channel, static_cast<int32_t>(ZMIDISource::PitchBend));
     const double m = std::clamp((value - 8192) / 8192.0, -1.0, 1.0);
     drive(channel, static_cast<int32_t>(ZMIDISource::PitchBend), m, registry);
 }

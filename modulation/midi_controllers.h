@@ -18,6 +18,7 @@
 #include "core/z_lock.h"
 #include "modulation/range_mapping.h"
 
+#include <atomic>
 #include <cstdint>
 #include <vector>
 
@@ -56,6 +57,16 @@ struct ZPresetSwitchController {
     bool operator==(const ZPresetSwitchController&) const = default;
 };
 
+// The controller the plug-in received last, for MIDI learn: count grows by one with
+// every controller message, so a reader sees a new one even when it repeats the last.
+struct ZReceivedController {
+    uint32_t count = 0;     // 0: none received yet
+    int32_t channel = 0;    // 0..15 as on the wire
+    int32_t controller = 0; // 0..127, or ZMIDISource::Aftertouch / PitchBend
+
+    bool operator==(const ZReceivedController&) const = default;
+};
+
 class ZMIDIControllers {
 public:
     explicit ZMIDIControllers(ZLock& processingLock) : processingLock_(processingLock) {}
@@ -86,6 +97,10 @@ public:
     void pitchBend(int channel, int value, ZParameterRegistry& registry);
     void note(int channel, int note, int velocity, bool on, ZParameterRegistry& registry);
 
+    // Any thread: the controller received last. The audio thread records every
+    // controller, aftertouch and pitch-bend message in one atomic word, without locking.
+    ZReceivedController lastReceived() const;
+
     // Audio thread: -1 for the previous preset, +1 for the next, 0 when none was asked for
     // since the last call.
     int takePresetStep();
@@ -94,6 +109,7 @@ private:
     void drive(int channel, int32_t source, double m, ZParameterRegistry& registry);
     void watchPresetSwitch(int channel, int controller, int value);
     void driveNoteControllers(int channel, int note, bool on, ZParameterRegistry& registry);
+    void recordReceived(int channel, int32_t controller);
 
     ZLock& processingLock_;
     std::vector<ZMIDIControllerAssignment> controllers_;
@@ -104,6 +120,9 @@ private:
     ZPresetSwitchController presetSwitch_;
     int presetZone_ = 0;  // -1 below 33 %, +1 above 66 %, 0 between
     int presetStep_ = 0;
+    // count << 16 | channel << 8 | controller; the count wraps harmlessly.
+    std::atomic<uint64_t> lastReceived_{0};
+    static_assert(std::atomic<uint64_t>::is_always_lock_free);
 };
 
 } // namespace halvern
