@@ -2,6 +2,8 @@
 
 #include "core/trace.h"
 #include "editor/editor_frame.h"
+#include "editor/modulator_menu.h"
+#include "editor/modulator_pages.h"
 #include "editor/reverb_editor_view.h"
 #include "ui/markup/markup_tooltip.h"
 #include "ui/ui_root.h"
@@ -42,7 +44,14 @@ std::unique_ptr<ZView> BuildHalvernEditorView(ZAudioPlugin& core, ZEditorHost& h
     const EditorParts parts = partsOf(core);
     if (parts.effect == nullptr)
         return nullptr;
-    auto view = std::make_unique<ZReverbEditorView>(*parts.core, *parts.effect, host, nullptr, nullptr);
+    auto view = std::make_unique<ZReverbEditorView>(
+        *parts.core, *parts.effect, host, BuildModulatorPage,
+        [&root](ZModulatorEditorContext& context, ZModulatorSelection which, ZRect anchor) {
+            if (which.kind == ZModulatorSelection::Kind::None)
+                ShowModulatorsMenu(context, root, anchor);
+            else
+                ShowModulatorMenu(context, root, which, anchor);
+        });
     ZReverbEditorView* shown = view.get();
     root.SetHelpListener([shown](const std::string& help) { shown->ShowHelp(help); });
     root.SetTooltipFactory(MakeMarkupTooltip);

@@ -21,6 +21,11 @@ ZOffscreenEditor::ZOffscreenEditor(ZAudioPlugin& core, double scale)
 
 ZOffscreenEditor::~ZOffscreenEditor() = default;
 
+void ZOffscreenEditor::Open(ZModulatorSelection which)
+{
+    static_cast<ZReverbEditorView*>(root_->content())->modulatorArea().Select(which);
+}
+
 void ZOffscreenEditor::RenderAll()
 {
     now_ += ZReverbEditorView::kTickSeconds;

@@ -5,6 +5,7 @@
 // values at once and keeps count of the gestures it saw.
 
 #include "core/plugin_editor.h"
+#include "editor/modulator_editor_context.h"
 #include "ui/theme.h"
 #include "ui/ui_root.h"
 
@@ -39,6 +40,8 @@ public:
 
     ZUIRoot& root() { return *root_; }
     ZOffscreenEditorHost& host() { return host_; }
+    // Opens a modulator's page in the modulator area (none: the overview).
+    void Open(ZModulatorSelection which);
     // Takes what the plug-in shows now and repaints everything.
     void RenderAll();
     bool WritePNG(const std::string& path);

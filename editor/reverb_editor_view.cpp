@@ -5,6 +5,7 @@
 #include "ui/controls/enum_menu.h"
 #include "ui/controls/knob.h"
 #include "ui/box_layout.h"
+#include "ui/controls/button.h"
 #include "ui/controls/switch.h"
 #include "ui/grid_layout.h"
 #include "ui/level_meter.h"
@@ -55,9 +56,16 @@ int32_t indexOfName(ZAudioPlugin& core, const std::string& name)
 // The strip at the top: the plug-in's and its maker's names, bypass, and the meters.
 class ZReverbEditorView::Header : public ZView {
 public:
-    Header(ZQuessaneAudioEffectPlugin& core, std::unique_ptr<ZView> bypass) : core_(core)
+    Header(ZQuessaneAudioEffectPlugin& core, std::unique_ptr<ZView> bypass, std::function<void()> openMIDI,
+           std::function<void(ZRect)> openModulatorsMenu)
+        : core_(core)
     {
         SetName("Header");
+        midi_ = AddChild(std::make_unique<ZButton>("MIDI", std::move(openMIDI)));
+        midi_->SetName("MIDI");
+        modulators_ = AddChild(std::make_unique<ZButton>("Modulators"));
+        modulators_->SetName("Modulators");
+        modulators_->SetOnClick([this, open = std::move(openModulatorsMenu)] { open(modulators_->bounds()); });
         bypass_ = AddChild(std::move(bypass));
         meters_ = AddChild(std::make_unique<ZBoxLayout>(ZOrientation::Vertical, 2.0));
         meters_->Add(std::make_unique<ZLevelMeter>("In", [&core] { return core.TakeInputLevel(); }, kTickSeconds));
@@ -67,6 +75,8 @@ public:
     void Layout() override
     {
         const ZRect& b = bounds();
+        midi_->SetBounds({b.right() - 700, b.y + 12, 70, 24});
+        modulators_->SetBounds({b.right() - 620, b.y + 12, 110, 24});
         bypass_->SetBounds({b.right() - 470, b.y + 8, 110, 32});
         meters_->SetBounds({b.right() - 300, b.y + 6, 290, 36});
     }
@@ -86,6 +96,8 @@ protected:
 
 private:
     ZQuessaneAudioEffectPlugin& core_;
+    ZButton* midi_;
+    ZButton* modulators_;
     ZView* bypass_;
     ZBoxLayout* meters_;
 };
@@ -99,7 +111,12 @@ ZReverbEditorView::ZReverbEditorView(
                [this](ZLearnListener* listener) { learn_ = listener; }}
 {
     SetName("ReverbEditor");
-    header_ = AddChild(std::make_unique<Header>(core, controlFor(core.bypassIndex())));
+    header_ = AddChild(std::make_unique<Header>(
+        core, controlFor(core.bypassIndex()), [this] { area_->Select({ZModulatorSelection::Kind::MIDI, 0}); },
+        [this, openMenu](ZRect anchor) {
+            if (openMenu)
+                openMenu(context_, {}, anchor);
+        }));
     buildPanels();
     area_ = AddChild(std::make_unique<ZModulatorArea>(
         context_,

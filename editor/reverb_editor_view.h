@@ -23,7 +23,8 @@ class ZReverbEditorView : public ZView, private ZBindingObserver {
 public:
     static constexpr double kTickSeconds = 1.0 / 60.0;
 
-    // The modulator area's pages and menus come from the given functions.
+    // The modulator area's pages and menus come from the given functions (the menu of no
+    // modulator in particular is the modulators' menu).
     ZReverbEditorView(ZQuessaneAudioEffectPlugin& core, HalvernAudioEffectPlugin& effect, ZEditorHost& host,
                       std::function<std::unique_ptr<ZView>(ZModulatorEditorContext&, ZModulatorSelection)> buildPage,
                       std::function<void(ZModulatorEditorContext&, ZModulatorSelection, ZRect)> openMenu);
@@ -33,6 +34,7 @@ public:
     // Shows a help text in the help panel (empty: the panel's hint).
     void ShowHelp(const std::string& help);
     ZModulatorArea& modulatorArea() { return *area_; }
+    ZModulatorEditorContext& modulatorContext() { return context_; }
 
 protected:
     void PaintSelf(ZCanvas& canvas) override;

@@ -42,7 +42,9 @@ constexpr const char* kUsage =
     "                  program; --set then takes the plug-in's parameter names\n"
     "  --editor-png FILE  draw the editor with these settings into a PNG picture, without\n"
     "                  any display, instead of rendering audio\n"
-    "  --scale S       the editor picture's scale factor, 0.75 to 4 (default 1)\n";
+    "  --scale S       the editor picture's scale factor, 0.75 to 4 (default 1)\n"
+    "  --page NAME     the editor picture with a modulator's page open: \"LFO 1\" to \"LFO 4\",\n"
+    "                  \"MultiParameter 1\" to \"MultiParameter 4\", or \"MIDI\"\n";
 
 // A command line that cannot be run: the usage follows the message.
 struct UsageError : std::runtime_error {
@@ -56,6 +58,7 @@ struct Options {
     std::string plugin;
     std::string preset;
     std::string editorPNG;
+    std::string page;
     double scale = 1.0;
     bool impulse = false;
     double rate = 48000.0;
@@ -119,6 +122,8 @@ Options parse(int argc, char** argv)
             options.editorPNG = take();
         else if (flag == "--scale")
             options.scale = numberFor(flag, take());
+        else if (flag == "--page")
+            options.page = take();
         else if (flag == "--set")
             options.byKey.push_back(splitAssignment(take()));
         else if (flag == "--index") {
@@ -164,10 +169,29 @@ RenderSession makeSession(const Options& options, double rate)
     return session;
 }
 
+// "LFO 2" or "MultiParameter 3" or "MIDI" as the page to open.
+halvern::ZModulatorSelection pageNamed(const std::string& name)
+{
+    using Kind = halvern::ZModulatorSelection::Kind;
+    if (name.empty())
+        return {};
+    if (name == "MIDI")
+        return {Kind::MIDI, 0};
+    for (int i = 0; i < 4; ++i) {
+        if (name == "LFO " + std::to_string(i + 1))
+            return {Kind::LFO, i};
+        if (name == "MultiParameter " + std::to_string(i + 1))
+            return {Kind::MultiParameter, i};
+    }
+    throw UsageError("there is no page \"" + name + "\"");
+}
+
 int drawEditor(const Options& options)
 {
+    const halvern::ZModulatorSelection page = pageNamed(options.page);
     RenderSession session = makeSession(options, options.rate);
     halvern::ZOffscreenEditor editor(session.core(), options.scale);
+    editor.Open(page);
     if (!editor.WritePNG(options.editorPNG))
         throw std::runtime_error("cannot write " + options.editorPNG);
     const halvern::ZCanvas& canvas = editor.root().canvas();

@@ -1,5 +1,7 @@
 #include "editor/offscreen_editor.h"
 #include "editor/position_editor.h"
+#include "editor/reverb_editor_view.h"
+#include "ui/controls/parameter_control.h"
 #include "editor/halvern_editor.h"
 #include "reverb/halvern_audio_effect_plugin.h"
 #include "state/plugin_state_block.h"
@@ -17,6 +19,7 @@
 #include <fstream>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace halvern {
@@ -165,6 +168,46 @@ TEST(ReverbEditor, PositionEditorPlacesSourceAndMicrophoneAndEditsTheOutline)
     root.MouseDown({corner, ZMouseButton::Left, kModifierNone, 2});
     root.MouseUp({corner});
     EXPECT_EQ(effect.RoomOutline(), ZRoomOutline::Rectangle());
+}
+
+TEST(ReverbEditor, GesturesReachLearnAndTheSelectedModulatorsRangesShowOnItsTargets)
+{
+    auto core = NewReverb();
+    ZOffscreenEditor editor(*core, 1.0);
+    editor.RenderAll();
+    ZUIRoot& root = editor.root();
+    auto& view = dynamic_cast<ZReverbEditorView&>(*root.content());
+    struct Recorder : ZLearnListener {
+        std::vector<std::tuple<int32_t, double, double>> touched;
+        void ParameterTouched(int32_t index, double from, double to) override { touched.emplace_back(index, from, to); }
+    } recorder;
+    view.modulatorContext().setLearnListener(&recorder);
+    auto* knob = dynamic_cast<ZParameterControl*>(root.content()->FindByName("Diffusion"));
+    ASSERT_NE(knob, nullptr);
+    const ZPoint at = knob->bounds().center();
+    root.MouseMove({at});
+    root.MouseDown({at});
+    root.MouseMove({{at.x, at.y + 100}}); // half the range down: 100 % to 50 %
+    root.MouseUp({{at.x, at.y + 100}});
+    ASSERT_EQ(recorder.touched.size(), 1u);
+    EXPECT_EQ(std::get<0>(recorder.touched[0]), IndexOf(*core, "Diffusion"));
+    EXPECT_NEAR(std::get<1>(recorder.touched[0]), 1.0, 1e-9);
+    EXPECT_NEAR(std::get<2>(recorder.touched[0]), 0.5, 1e-9);
+    view.modulatorContext().setLearnListener(nullptr);
+
+    // "Up and down" around 40 % with 50 % depth sweeps 15 % to 65 %.
+    ZModulatorTarget target;
+    target.parameter = IndexOf(*core, "Diffusion");
+    target.value = 0.4;
+    target.range = 0.5;
+    core->lfo(0).targets().replaceAll({target});
+    EXPECT_FALSE(knob->binding().ModulationRange());
+    view.modulatorArea().Select({ZModulatorSelection::Kind::LFO, 0});
+    const auto range = knob->binding().ModulationRange();
+    ASSERT_TRUE(range);
+    EXPECT_NEAR(range->first, 0.15, 1e-9);
+    EXPECT_NEAR(range->second, 0.65, 1e-9);
+    EXPECT_FALSE(dynamic_cast<ZParameterControl*>(root.content()->FindByName("Size"))->binding().ModulationRange());
 }
 
 TEST(ReverbEditor, StyleFileOverridesItemByItemAndADamagedOneChangesNothing)
