@@ -87,7 +87,7 @@ ZLFOStrip::ZLFOStrip(ZModulatorEditorContext& context, int index, std::unique_pt
     name_->SetName(title_ + " button");
     enable_ = AddChild(std::move(enable));
     ZLFO& lfo = context.core.lfo(index);
-    trace_ = AddChild(std::make_unique<ZLiveTrace>([&lfo] { return lfo.enabled() ? lfo.lastOutput() : 0.0; }));
+    trace_ = AddChild(std::make_unique<ZLiveTrace>([&lfo] { return lfo.enabled() ? lfo.shownOutput() : 0.0; }));
     trace_->SetName(title_ + " trace");
     auto knobs = std::make_unique<ZGridLayout>(2);
     knobs->AddChild(std::move(frequency));

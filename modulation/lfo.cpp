@@ -133,6 +133,14 @@ void ZLFO::syncToHost(const ZLFOInput& input, double rate)
 
 double ZLFO::process(const ZLFOInput& input)
 {
+    const double output = computeOutput(input);
+    shownPhase_.store(phase_, std::memory_order_relaxed);
+    shownOutput_.store(output, std::memory_order_relaxed);
+    return output;
+}
+
+double ZLFO::computeOutput(const ZLFOInput& input)
+{
     const double rate = settings_.frequency * (settings_.highSpeed ? 10.0 : 1.0);
     if (settings_.sync && input.time != nullptr && input.time->positionValid)
         syncToHost(input, rate);

@@ -17,6 +17,7 @@
 #include "modulation/random_modulator.h"
 #include "modulation/signal_generator.h"
 
+#include <atomic>
 #include <string>
 
 namespace halvern {
@@ -110,6 +111,9 @@ public:
     // Computes the output for the block and advances the phase.
     double process(const ZLFOInput& input);
     double lastOutput() const { return output_; }
+    // The output and the phase after the last block, for the editor's thread.
+    double shownOutput() const { return shownOutput_.load(std::memory_order_relaxed); }
+    double shownPhase() const { return shownPhase_.load(std::memory_order_relaxed); }
     double lastDetectorValue() const { return detector_; }
     void noteOn() { envelope_.noteOn(); }
     void noteOff() { envelope_.noteOff(); }
@@ -122,6 +126,7 @@ private:
         part.setSettings(settings);
     }
     static ZLFOSettings limit(const ZLFOSettings& settings);
+    double computeOutput(const ZLFOInput& input);
     double detect(const ZLFOInput& input);
     double fromDetector(double d) const;
     void syncToHost(const ZLFOInput& input, double rate);
@@ -145,6 +150,8 @@ private:
     double phase_ = 0.0;
     double detector_ = 0.0;
     double output_ = 0.0;
+    std::atomic<double> shownOutput_{0.0};
+    std::atomic<double> shownPhase_{0.0};
     bool running_ = false;
     bool manualStop_ = false;
 };

@@ -2,6 +2,7 @@
 
 #include "core/audio_plugin.h"
 #include "editor/halvern_editor.h"
+#include "editor/reverb_editor_view.h"
 #include "host/library_module.h"
 #include "ui/ui_root.h"
 
@@ -43,13 +44,14 @@ int ParameterIndex(const std::string& id)
     return -1;
 }
 
-ZPoint ViewCentre(const std::string& name)
+ZPoint ViewCentre(const std::string& name, halvern::ZModulatorSelection page)
 {
     const auto core = Core();
     OffscreenHost host;
     const halvern::ZTheme theme = halvern::ZTheme::Default();
     halvern::ZUIRoot root(halvern::kHalvernEditorWidth, halvern::kHalvernEditorHeight, 1.0, theme);
     root.SetContent(halvern::BuildHalvernEditorView(*core, host, root));
+    static_cast<halvern::ZReverbEditorView*>(root.content())->modulatorArea().Select(page);
     const halvern::ZView* view = root.content() != nullptr ? root.content()->FindByName(name) : nullptr;
     return view != nullptr ? view->bounds().center() : ZPoint{-1, -1};
 }

@@ -4,6 +4,7 @@
 // tree built off-screen), the parameters' indices, a drag with the test's pointer and
 // the check that a drag reached the host as one gesture.
 
+#include "editor/modulator_editor_context.h"
 #include "editor_host_calls.h"
 #include "ui/geometry.h"
 #include "x11_test_display.h"
@@ -21,8 +22,9 @@ namespace editortest {
 std::pair<int, int> EditorSizeAt(double factor);
 // The index of the parameter with the ID.
 int ParameterIndex(const std::string& id);
-// The centre of the editor's view with the name, in logical units (scale 1).
-halvern::ZPoint ViewCentre(const std::string& name);
+// The centre of the editor's view with the name, in logical units (scale 1), with a
+// modulator's page open in the modulator area when one is given.
+halvern::ZPoint ViewCentre(const std::string& name, halvern::ZModulatorSelection page = {});
 
 // Presses button 1 at a point of a window (device pixels), moves the pointer by (dx, dy)
 // pixels in steps, pumping after each, and releases unless told not to.

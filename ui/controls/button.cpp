@@ -22,6 +22,14 @@ void ZButton::SetChecked(bool checked)
     Invalidate();
 }
 
+void ZButton::SetEnabled(bool enabled)
+{
+    if (enabled_ == enabled)
+        return;
+    enabled_ = enabled;
+    Invalidate();
+}
+
 ZPoint ZButton::PreferredSize() const
 {
     ZUIRoot* r = root();
@@ -41,7 +49,7 @@ void ZButton::setPressed(bool pressed)
 
 bool ZButton::OnMouseDown(const ZMouseEvent& event)
 {
-    if (event.button != ZMouseButton::Left)
+    if (event.button != ZMouseButton::Left || !enabled_)
         return false;
     setPressed(true);
     return true;
@@ -72,7 +80,7 @@ void ZButton::PaintSelf(ZCanvas& canvas)
 {
     const ZUIRoot* r = root();
     const ZTheme& t = r->theme();
-    const bool hover = r->hovered() == this;
+    const bool hover = enabled_ && r->hovered() == this;
     ZColor face = checked_ ? t.accent : hover ? t.controlHover : t.control;
     if (pressed_)
         face = t.highlight;
@@ -80,6 +88,8 @@ void ZButton::PaintSelf(ZCanvas& canvas)
     ZTextStyle style = t.Text();
     if (checked_ && !pressed_)
         style.color = t.accentText;
+    if (!enabled_)
+        style.color = t.textDim;
     canvas.DrawTextInRect(text_, bounds().inset(t.textInset, 0.0), style, ZTextAlign::Center);
 }
 

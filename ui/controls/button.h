@@ -22,6 +22,9 @@ public:
     void SetToggles(bool toggles) { toggles_ = toggles; }
     void SetChecked(bool checked);
     bool checked() const { return checked_; }
+    // A disabled button shows its text dimmed and takes no clicks; it still shows its help.
+    void SetEnabled(bool enabled);
+    bool enabled() const { return enabled_; }
 
     // The text's width with the inset either side, a row high.
     ZPoint PreferredSize() const override;
@@ -32,7 +35,7 @@ public:
     void OnCaptureLost() override;
     void OnMouseEnter() override { Invalidate(); }
     void OnMouseLeave() override { Invalidate(); }
-    ZCursor Cursor() const override { return ZCursor::Hand; }
+    ZCursor Cursor() const override { return enabled_ ? ZCursor::Hand : ZCursor::Arrow; }
 
 protected:
     void PaintSelf(ZCanvas& canvas) override;
@@ -44,6 +47,7 @@ private:
     std::function<void()> onClick_;
     bool toggles_ = false;
     bool checked_ = false;
+    bool enabled_ = true;
     bool pressed_ = false; // held down with the pointer over it
 };
 

@@ -2,6 +2,8 @@
 
 #include "ui/ui_root.h"
 
+#include <cmath>
+
 namespace halvern {
 
 ZSwitch::ZSwitch(std::shared_ptr<ZParameterBinding> binding) : ZParameterControl(std::move(binding))
@@ -15,7 +17,8 @@ ZPoint ZSwitch::PreferredSize() const
         return {};
     const ZTheme& t = r->theme();
     const double nameWidth = r->canvas().TextWidth(binding().Name(), t.Label());
-    return {t.switchWidth + t.spacing + nameWidth, t.rowHeight};
+    // Whole units: layouts round edges to them, and a width rounded down would cut the name.
+    return {std::ceil(t.switchWidth + t.spacing + nameWidth), t.rowHeight};
 }
 
 bool ZSwitch::OnLeftPress(const ZMouseEvent&)
