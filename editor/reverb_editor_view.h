@@ -29,6 +29,9 @@ public:
                       std::function<std::unique_ptr<ZView>(ZModulatorEditorContext&, ZModulatorSelection)> buildPage,
                       std::function<void(ZModulatorEditorContext&, ZModulatorSelection, ZRect)> openMenu);
 
+    // The pages go first: they hand back the Learn listener through the context.
+    ~ZReverbEditorView() override { ClearChildren(); }
+
     void Layout() override;
     void Refresh() override;
     // Shows a help text in the help panel (empty: the panel's hint).

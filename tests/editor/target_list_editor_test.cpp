@@ -88,24 +88,42 @@ void Watch()
 } // namespace
 } // namespace halvern
 
-// Kept out of line, so that the compiler does not pair the free below with a new.
-[[gnu::noinline]] void* operator new(std::size_t size)
+// Every form but the aligned ones, so that each allocation pairs with its release (the
+// aligned forms keep the library's own, which pair among themselves). Kept out of line,
+// so that the compiler does not pair a free below with a new.
+namespace {
+
+[[gnu::noinline]] void* Allocate(std::size_t size) noexcept
 {
     halvern::Watch();
-    if (void* memory = std::malloc(size != 0 ? size : 1))
+    return std::malloc(size != 0 ? size : 1);
+}
+
+[[gnu::noinline]] void Release(void* memory) noexcept
+{
+    halvern::Watch();
+    std::free(memory);
+}
+
+void* AllocateOrThrow(std::size_t size)
+{
+    if (void* memory = Allocate(size))
         return memory;
     throw std::bad_alloc();
 }
-[[gnu::noinline]] void operator delete(void* memory) noexcept
-{
-    halvern::Watch();
-    std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept
-{
-    halvern::Watch();
-    std::free(memory);
-}
+
+} // namespace
+
+void* operator new(std::size_t size) { return AllocateOrThrow(size); }
+void* operator new[](std::size_t size) { return AllocateOrThrow(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
+void operator delete(void* memory) noexcept { Release(memory); }
+void operator delete[](void* memory) noexcept { Release(memory); }
+void operator delete(void* memory, std::size_t) noexcept { Release(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { Release(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { Release(memory); }
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { Release(memory); }
 
 namespace halvern {
 namespace {
