@@ -4,6 +4,7 @@
 #include "editor/halvern_editor.h"
 #include "editor/reverb_editor_view.h"
 #include "host/library_module.h"
+#include "ui/controls/popup_menu.h"
 #include "ui/ui_root.h"
 
 #include <cmath>
@@ -54,6 +55,28 @@ ZPoint ViewCentre(const std::string& name, halvern::ZModulatorSelection page)
     static_cast<halvern::ZReverbEditorView*>(root.content())->modulatorArea().Select(page);
     const halvern::ZView* view = root.content() != nullptr ? root.content()->FindByName(name) : nullptr;
     return view != nullptr ? view->bounds().center() : ZPoint{-1, -1};
+}
+
+ZPoint MenuItemCentre(const std::string& button, const std::string& item, halvern::ZModulatorSelection page)
+{
+    const auto core = Core();
+    OffscreenHost host;
+    const halvern::ZTheme theme = halvern::ZTheme::Default();
+    halvern::ZUIRoot root(halvern::kHalvernEditorWidth, halvern::kHalvernEditorHeight, 1.0, theme);
+    root.SetContent(halvern::BuildHalvernEditorView(*core, host, root));
+    static_cast<halvern::ZReverbEditorView*>(root.content())->modulatorArea().Select(page);
+    const halvern::ZView* view = root.content()->FindByName(button);
+    if (view == nullptr)
+        return {-1, -1};
+    const ZPoint at = view->bounds().center();
+    root.MouseDown({at});
+    root.MouseUp({at});
+    for (const auto& overlay : root.overlays())
+        if (const auto* menu = dynamic_cast<const halvern::ZPopupMenu*>(overlay.get()))
+            for (size_t i = 0; i < menu->items().size(); ++i)
+                if (menu->items()[i].text == item)
+                    return menu->ItemRect(static_cast<int>(i)).center();
+    return {-1, -1};
 }
 
 void Drag(editorhost::TestDisplay& display, Window window, ZPoint from, double dx, double dy,

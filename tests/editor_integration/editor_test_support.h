@@ -26,6 +26,11 @@ int ParameterIndex(const std::string& id);
 // modulator's page open in the modulator area when one is given.
 halvern::ZPoint ViewCentre(const std::string& name, halvern::ZModulatorSelection page = {});
 
+// The centre of a menu's entry (logical units, scale 1): the menu that a click on the
+// button with the name opens, with a modulator's page open when one is given.
+halvern::ZPoint MenuItemCentre(const std::string& button, const std::string& item,
+                               halvern::ZModulatorSelection page = {});
+
 // Presses button 1 at a point of a window (device pixels), moves the pointer by (dx, dy)
 // pixels in steps, pumping after each, and releases unless told not to.
 void Drag(editorhost::TestDisplay& display, Window window, halvern::ZPoint from, double dx, double dy,

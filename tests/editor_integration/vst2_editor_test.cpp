@@ -3,6 +3,8 @@
 // less than they should.
 
 #include "editor/halvern_editor.h"
+#include "state/plugin_state_block.h"
+#include "state/zml_element.h"
 #include "editor_test_support.h"
 #include "vst2_editor_host.h"
 
@@ -20,6 +22,7 @@ using editorhost::Vst2EditorHost;
 using editortest::Drag;
 using editortest::EditorSizeAt;
 using editortest::IsOneGesture;
+using editortest::MenuItemCentre;
 using editortest::ParameterIndex;
 using editortest::Resizes;
 using editortest::ViewCentre;
@@ -30,15 +33,31 @@ constexpr VstIntPtr kScaleValue = 0x41654373; // 'AeCs'
 class Vst2Editor : public testing::Test {
 protected:
     // The point of a view in device pixels, at the editor's scale.
-    halvern::ZPoint pointOf(Vst2EditorHost& host, const std::string& view)
+    halvern::ZPoint pointOf(Vst2EditorHost& host, const std::string& view, halvern::ZModulatorSelection page = {})
     {
         const double scale = host.editorSize().first / halvern::kHalvernEditorWidth;
-        const halvern::ZPoint centre = ViewCentre(view);
+        const halvern::ZPoint centre = ViewCentre(view, page);
         return {centre.x * scale, centre.y * scale};
     }
 
     TestDisplay display;
 };
+
+// The plug-in's state through the host's chunk call.
+std::vector<char> Chunk(Vst2EditorHost& host)
+{
+    void* data = nullptr;
+    const VstIntPtr size = host.dispatch(effGetChunk, 0, 0, &data);
+    return data != nullptr && size > 0 ? std::vector<char>(static_cast<char*>(data), static_cast<char*>(data) + size)
+                                       : std::vector<char>();
+}
+
+// The first LFO's element in a state.
+const halvern::ZMLElement* FirstLFO(const halvern::ZMLElement& state)
+{
+    const halvern::ZMLElement* lfos = state.findChild("LFOs");
+    return lfos != nullptr ? lfos->findChild("LFO") : nullptr;
+}
 
 size_t OpenFileCount()
 {
@@ -166,6 +185,62 @@ TEST_F(Vst2Editor, OpenFailsCleanlyWithoutADisplayOrAParent)
     EXPECT_TRUE(display.Children(host.parent()).empty());
     EXPECT_TRUE(host.open()) << "and it opens once there is a display";
     host.close();
+}
+
+} // namespace
+
+namespace {
+
+TEST_F(Vst2Editor, LFOModeChangedAndTargetLearnedByClickingComeBackWithTheHostState)
+{
+    using Kind = halvern::ZModulatorSelection::Kind;
+    const halvern::ZModulatorSelection lfoPage{Kind::LFO, 0};
+    const int diffusion = ParameterIndex("Diffusion");
+    Vst2EditorHost host(HALVERN_PLUGIN_PATH, display);
+    ASSERT_TRUE(host.open(0, 0));
+    const Window window = host.editorWindow();
+    auto pump = [&] { host.idle(); };
+    const auto click = [&](halvern::ZPoint at, unsigned button = 1) {
+        display.MoveTo(window, at.x, at.y);
+        TestDisplay::PumpFor(pump, 40);
+        display.Click(button);
+        TestDisplay::PumpFor(pump, 60);
+    };
+    // The LFO's page, its mode one step on by the wheel.
+    click(pointOf(host, "LFO 1 button"));
+    click(pointOf(host, "Mode", lfoPage), 4); // a notch up
+    // "Learn" from the page's menu, the knob moved, "Learn" again to stop.
+    const double scale = host.editorSize().first / halvern::kHalvernEditorWidth;
+    const halvern::ZPoint learnItem = MenuItemCentre("ModulatorMenu", "Learn", lfoPage);
+    ASSERT_GE(learnItem.x, 0.0);
+    const auto chooseLearn = [&] {
+        click(pointOf(host, "ModulatorMenu", lfoPage));
+        click({learnItem.x * scale, learnItem.y * scale});
+    };
+    chooseLearn();
+    Drag(display, window, pointOf(host, "Diffusion"), 0.0, 60.0, pump);
+    chooseLearn();
+
+    const std::vector<char> saved = Chunk(host);
+    ASSERT_FALSE(saved.empty());
+    const auto state = halvern::ReadStateDocument(saved.data(), static_cast<int32_t>(saved.size()));
+    const halvern::ZMLElement* lfo = FirstLFO(*state);
+    ASSERT_NE(lfo, nullptr);
+    EXPECT_NE(lfo->getAttribute("Mode", "Normal"), "Normal") << "the wheel changed the mode";
+    bool learned = false;
+    for (const auto& target : lfo->children())
+        learned |= target->name() == "Parameter" && target->getAttribute("ParameterIndex") == std::to_string(diffusion);
+    EXPECT_TRUE(learned) << "Diffusion was learned as a target";
+    host.close();
+
+    Vst2EditorHost reloaded(HALVERN_PLUGIN_PATH, display);
+    ASSERT_EQ(reloaded.dispatch(effSetChunk, 0, static_cast<VstIntPtr>(saved.size()),
+                                const_cast<char*>(saved.data())),
+              1);
+    const std::vector<char> again = Chunk(reloaded);
+    const auto reread = halvern::ReadStateDocument(again.data(), static_cast<int32_t>(again.size()));
+    ASSERT_NE(FirstLFO(*reread), nullptr);
+    EXPECT_TRUE(*FirstLFO(*reread) == *lfo);
 }
 
 } // namespace
