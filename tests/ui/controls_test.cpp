@@ -425,6 +425,10 @@ TEST_F(UiControls, TextFieldEditsByCharacter)
     EXPECT_EQ(committed, "x");
     Key(ZKey::Escape);
     EXPECT_TRUE(cancelled);
+    // Edited and left without Enter: the text is committed all the same.
+    Type("y");
+    root.SetFocus(nullptr);
+    EXPECT_EQ(committed, "xy");
 }
 
 TEST_F(UiControls, ButtonClicksOnlyOnReleaseOverIt)

@@ -142,12 +142,21 @@ void ZTextField::replaceSelection(const std::string& utf8)
 void ZTextField::changed()
 {
     error_ = false;
+    edited_ = true;
     Invalidate();
 }
 
 void ZTextField::commit()
 {
+    edited_ = false;
     error_ = onCommit_ && !onCommit_(text_);
+    Invalidate();
+}
+
+void ZTextField::OnFocusChanged(bool focused)
+{
+    if (!focused && edited_)
+        commit();
     Invalidate();
 }
 

@@ -40,7 +40,8 @@ public:
     bool OnMouseDown(const ZMouseEvent& event) override;
     void OnMouseDrag(const ZMouseEvent& event) override;
     bool OnKey(const ZKeyEvent& event) override;
-    void OnFocusChanged(bool) override { Invalidate(); }
+    // Leaving the field after editing it commits the text, as Enter does.
+    void OnFocusChanged(bool focused) override;
     ZCursor Cursor() const override { return ZCursor::Text; }
 
 protected:
@@ -62,6 +63,7 @@ private:
     size_t anchor_ = 0;  // the other end of the selection
     double scroll_ = 0.0; // how far the text is moved left to keep the caret in view
     bool error_ = false;
+    bool edited_ = false; // changed since the last commit
     CommitHandler onCommit_;
     CancelHandler onCancel_;
 };
