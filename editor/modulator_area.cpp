@@ -163,15 +163,8 @@ void ZModulatorArea::PaintSelf(ZCanvas& canvas)
 {
     if (page_ == nullptr)
         return;
-    const ZTheme& theme = root()->theme();
     const ZRect& b = bounds();
-    canvas.FillRoundedRect(b, theme.radius, theme.panel);
-    canvas.Save();
-    canvas.ClipTo({b.x, b.y, b.width, kTitleHeight});
-    canvas.FillRoundedRect({b.x, b.y, b.width, kTitleHeight + theme.radius * 2}, theme.radius, theme.header);
-    canvas.Restore();
-    canvas.StrokeRoundedRect(b, theme.radius, theme.panelBorder, theme.lineWidth);
-    canvas.DrawTextInRect(title_, {b.x + theme.padding, b.y, b.width / 2, kTitleHeight}, theme.Title());
+    ZPanel::PaintFace(canvas, root()->theme(), b, title_, b.x + b.width / 2, kTitleHeight);
 }
 
 } // namespace halvern

@@ -1,5 +1,7 @@
 #include "state/zml_reader.h"
 
+#include "core/utf8.h"
+
 #include "core/z_exception.h"
 #include "core/z_format.h"
 #include "state/z_stream.h"
@@ -75,24 +77,6 @@ int digitValue(char c, uint32_t base)
     return -1;
 }
 
-void appendUtf8(uint32_t codePoint, std::string& out)
-{
-    if (codePoint < 0x80) {
-        out += static_cast<char>(codePoint);
-    } else if (codePoint < 0x800) {
-        out += static_cast<char>(0xC0 | (codePoint >> 6));
-        out += static_cast<char>(0x80 | (codePoint & 0x3F));
-    } else if (codePoint < 0x10000) {
-        out += static_cast<char>(0xE0 | (codePoint >> 12));
-        out += static_cast<char>(0x80 | ((codePoint >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (codePoint & 0x3F));
-    } else {
-        out += static_cast<char>(0xF0 | (codePoint >> 18));
-        out += static_cast<char>(0x80 | ((codePoint >> 12) & 0x3F));
-        out += static_cast<char>(0x80 | ((codePoint >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (codePoint & 0x3F));
-    }
-}
 
 // Appends the character that an entity name (the text between '&' and ';') stands for.
 void appendEntity(std::string_view name, std::string& out)
@@ -131,7 +115,7 @@ void appendEntity(std::string_view name, std::string& out)
     }
     if (codePoint >= 0xD800 && codePoint <= 0xDFFF)
         fail(kInvalidReference, name);
-    appendUtf8(codePoint, out);
+    AppendUTF8(out, codePoint);
 }
 
 // Appends raw character data with its entity references replaced.

@@ -1,5 +1,6 @@
 #include "ui/canvas.h"
 
+#include "core/utf8.h"
 #include "ui/fonts.h"
 #include "ui/image.h"
 
@@ -207,21 +208,6 @@ void ZCanvas::DrawText(const std::string& utf8, double x, double baselineY, cons
     cairo_new_path(cr_);
 }
 
-namespace {
-
-// The byte length of the UTF-8 sequence that starts with this byte (1 for a stray byte).
-size_t sequenceLength(unsigned char lead)
-{
-    if (lead >= 0xF0 && lead < 0xF8)
-        return 4;
-    if (lead >= 0xE0)
-        return lead < 0xF0 ? 3 : 1;
-    if (lead >= 0xC0)
-        return 2;
-    return 1;
-}
-
-} // namespace
 
 std::string ZCanvas::Elide(const std::string& utf8, double width, const ZTextStyle& style) const
 {
@@ -230,7 +216,7 @@ std::string ZCanvas::Elide(const std::string& utf8, double width, const ZTextSty
     static const std::string ellipsis = "\u2026";
     std::string best;
     for (size_t end = 0; end < utf8.size();) {
-        end = std::min(utf8.size(), end + sequenceLength(static_cast<unsigned char>(utf8[end])));
+        end = NextCharacter(utf8, end);
         std::string candidate = utf8.substr(0, end) + ellipsis;
         if (TextWidth(candidate, style) > width)
             break;

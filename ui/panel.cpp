@@ -33,19 +33,24 @@ void ZPanel::Layout()
                                   2 * row, row - 4});
 }
 
+void ZPanel::PaintFace(ZCanvas& canvas, const ZTheme& theme, const ZRect& b, const std::string& title,
+                       double titleRight, double titleHeight)
+{
+    canvas.FillRoundedRect(b, theme.radius, theme.panel);
+    canvas.Save();
+    canvas.ClipTo({b.x, b.y, b.width, titleHeight});
+    canvas.FillRoundedRect({b.x, b.y, b.width, titleHeight + theme.radius * 2}, theme.radius, theme.header);
+    canvas.Restore();
+    canvas.StrokeRoundedRect(b, theme.radius, theme.panelBorder, theme.lineWidth);
+    canvas.DrawTextInRect(title, {b.x + theme.padding, b.y, titleRight - b.x - theme.padding, titleHeight},
+                          theme.Title());
+}
+
 void ZPanel::PaintSelf(ZCanvas& canvas)
 {
     const ZTheme& theme = root()->theme();
-    const ZRect& b = bounds();
-    canvas.FillRoundedRect(b, theme.radius, theme.panel);
-    canvas.Save();
-    canvas.ClipTo({b.x, b.y, b.width, kTitleHeight});
-    canvas.FillRoundedRect({b.x, b.y, b.width, kTitleHeight + theme.radius * 2}, theme.radius, theme.header);
-    canvas.Restore();
-    canvas.StrokeRoundedRect(b, theme.radius, theme.panelBorder, theme.lineWidth);
-    const double right = titleControl_ != nullptr ? titleControl_->bounds().x - 6 : b.right() - theme.padding;
-    canvas.DrawTextInRect(title_, {b.x + theme.padding, b.y, right - b.x - theme.padding, kTitleHeight},
-                          theme.Title());
+    const double right = titleControl_ != nullptr ? titleControl_->bounds().x - 6 : bounds().right() - theme.padding;
+    PaintFace(canvas, theme, bounds(), title_, right);
 }
 
 } // namespace halvern

@@ -5,6 +5,7 @@
 // by row. Its name is its title followed by " panel".
 
 #include "ui/grid_layout.h"
+#include "ui/theme.h"
 #include "ui/view.h"
 
 #include <string>
@@ -29,6 +30,10 @@ public:
     ZView* titleControl() const { return titleControl_; }
     ZGridLayout& body() const { return *body_; }
     void Layout() override;
+    // A panel's face: the rounded box, its title strip and the title, cut where
+    // titleRight begins. Views that look like panels draw with it.
+    static void PaintFace(ZCanvas& canvas, const ZTheme& theme, const ZRect& bounds, const std::string& title,
+                          double titleRight, double titleHeight = kTitleHeight);
 
 protected:
     void PaintSelf(ZCanvas& canvas) override;

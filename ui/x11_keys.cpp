@@ -1,29 +1,12 @@
 #include "ui/x11_keys.h"
 
+#include "core/utf8.h"
+
 #include <X11/X.h>
 #include <X11/keysym.h>
 
 namespace halvern {
 namespace {
-
-void AppendUtf8(std::string& text, unsigned long codePoint)
-{
-    if (codePoint < 0x80) {
-        text.push_back(static_cast<char>(codePoint));
-    } else if (codePoint < 0x800) {
-        text.push_back(static_cast<char>(0xC0 | (codePoint >> 6)));
-        text.push_back(static_cast<char>(0x80 | (codePoint & 0x3F)));
-    } else if (codePoint < 0x10000) {
-        text.push_back(static_cast<char>(0xE0 | (codePoint >> 12)));
-        text.push_back(static_cast<char>(0x80 | ((codePoint >> 6) & 0x3F)));
-        text.push_back(static_cast<char>(0x80 | (codePoint & 0x3F)));
-    } else {
-        text.push_back(static_cast<char>(0xF0 | (codePoint >> 18)));
-        text.push_back(static_cast<char>(0x80 | ((codePoint >> 12) & 0x3F)));
-        text.push_back(static_cast<char>(0x80 | ((codePoint >> 6) & 0x3F)));
-        text.push_back(static_cast<char>(0x80 | (codePoint & 0x3F)));
-    }
-}
 
 ZKey NamedKey(unsigned long keysym)
 {
@@ -113,9 +96,9 @@ std::string TextFromKeysym(unsigned long keysym)
 {
     std::string text;
     if ((keysym >= 0x20 && keysym <= 0x7E) || (keysym >= 0xA0 && keysym <= 0xFF))
-        AppendUtf8(text, keysym); // Latin-1 keysyms are their code points
+        AppendUTF8(text, static_cast<char32_t>(keysym)); // Latin-1 keysyms are their code points
     else if ((keysym & 0xFF000000UL) == 0x01000000UL && (keysym & 0x00FFFFFFUL) <= 0x10FFFF)
-        AppendUtf8(text, keysym & 0x00FFFFFFUL);
+        AppendUTF8(text, static_cast<char32_t>(keysym & 0x00FFFFFFUL));
     return text;
 }
 

@@ -2,7 +2,7 @@
 
 #include "core/audio_plugin.h"
 #include "editor/halvern_editor.h"
-#include "editor/reverb_editor_view.h"
+#include "editor/offscreen_editor.h"
 #include "host/library_module.h"
 #include "ui/controls/popup_menu.h"
 #include "ui/ui_root.h"
@@ -17,14 +17,6 @@ using editorhost::HostCalls;
 using halvern::ZPoint;
 
 namespace {
-
-class OffscreenHost : public halvern::ZEditorHost {
-public:
-    void BeginEdit(int32_t) override {}
-    void PerformEdit(int32_t, double) override {}
-    void EndEdit(int32_t) override {}
-    bool RequestResize(halvern::ZEditorSize) override { return false; }
-};
 
 std::unique_ptr<halvern::ZAudioPlugin> Core() { return std::unique_ptr<halvern::ZAudioPlugin>(halvern::CreatePluginCore()); }
 
@@ -48,23 +40,18 @@ int ParameterIndex(const std::string& id)
 ZPoint ViewCentre(const std::string& name, halvern::ZModulatorSelection page)
 {
     const auto core = Core();
-    OffscreenHost host;
-    const halvern::ZTheme theme = halvern::ZTheme::Default();
-    halvern::ZUIRoot root(halvern::kHalvernEditorWidth, halvern::kHalvernEditorHeight, 1.0, theme);
-    root.SetContent(halvern::BuildHalvernEditorView(*core, host, root));
-    static_cast<halvern::ZReverbEditorView*>(root.content())->modulatorArea().Select(page);
-    const halvern::ZView* view = root.content() != nullptr ? root.content()->FindByName(name) : nullptr;
+    halvern::ZOffscreenEditor editor(*core, 1.0);
+    editor.Open(page);
+    const halvern::ZView* view = editor.root().content()->FindByName(name);
     return view != nullptr ? view->bounds().center() : ZPoint{-1, -1};
 }
 
 ZPoint MenuItemCentre(const std::string& button, const std::string& item, halvern::ZModulatorSelection page)
 {
     const auto core = Core();
-    OffscreenHost host;
-    const halvern::ZTheme theme = halvern::ZTheme::Default();
-    halvern::ZUIRoot root(halvern::kHalvernEditorWidth, halvern::kHalvernEditorHeight, 1.0, theme);
-    root.SetContent(halvern::BuildHalvernEditorView(*core, host, root));
-    static_cast<halvern::ZReverbEditorView*>(root.content())->modulatorArea().Select(page);
+    halvern::ZOffscreenEditor editor(*core, 1.0);
+    editor.Open(page);
+    halvern::ZUIRoot& root = editor.root();
     const halvern::ZView* view = root.content()->FindByName(button);
     if (view == nullptr)
         return {-1, -1};

@@ -1,7 +1,7 @@
 #include "ui/markup/markup_layout.h"
 #include "ui/markup/markup_parser.h"
 #include "ui/markup/markup_tooltip.h"
-#include "ui/markup/markup_utf8.h"
+#include "core/utf8.h"
 #include "ui/markup/markup_view.h"
 #include "ui/ui_root.h"
 

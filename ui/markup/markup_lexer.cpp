@@ -1,6 +1,6 @@
 #include "ui/markup/markup_lexer.h"
 
-#include "ui/markup/markup_utf8.h"
+#include "core/utf8.h"
 
 #include <algorithm>
 #include <cstdint>

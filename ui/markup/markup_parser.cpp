@@ -1,7 +1,7 @@
 #include "ui/markup/markup_parser.h"
 
 #include "ui/markup/markup_lexer.h"
-#include "ui/markup/markup_utf8.h"
+#include "core/utf8.h"
 
 #include <algorithm>
 #include <optional>

@@ -1,4 +1,4 @@
-#include "ui/markup/markup_utf8.h"
+#include "core/utf8.h"
 
 namespace halvern {
 namespace {

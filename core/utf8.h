@@ -1,6 +1,6 @@
 #pragma once
 
-// The few UTF-8 operations the markup renderer needs.
+// UTF-8 text: encoding a code point, replacing malformed bytes, stepping by characters.
 
 #include <cstddef>
 #include <string>
