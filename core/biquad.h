@@ -11,6 +11,7 @@ public:
 
     struct Coefficients {
         double b0 = 1.0, b1 = 0.0, b2 = 0.0, a1 = 0.0, a2 = 0.0;
+        bool operator==(const Coefficients&) const = default;
     };
 
     // Coefficients for a response at `frequency` Hz with quality q; gainDb is used by
@@ -21,6 +22,7 @@ public:
     static double magnitude(const Coefficients& c, double sampleRate, double frequency);
 
     void setCoefficients(const Coefficients& coefficients) { c_ = coefficients; }
+    const Coefficients& coefficients() const { return c_; }
     void set(Type type, double sampleRate, double frequency, double q, double gainDb = 0.0)
     {
         c_ = design(type, sampleRate, frequency, q, gainDb);

@@ -54,6 +54,8 @@ std::unique_ptr<ZView> BuildHalvernEditorView(ZAudioPlugin& core, ZEditorHost& h
         });
     ZReverbEditorView* shown = view.get();
     root.SetHelpListener([shown](const std::string& help) { shown->ShowHelp(help); });
+    root.SetInteractionListener([shown] { shown->InteractionEnded(); });
+    root.SetShortcutHandler([shown](const ZKeyEvent& event) { return shown->Shortcut(event); });
     root.SetTooltipFactory(MakeMarkupTooltip);
     return view;
 }

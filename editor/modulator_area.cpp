@@ -68,6 +68,12 @@ std::string ZModulatorArea::titleOf(ZModulatorSelection selection) const
         return context_.core.multiParameter(selection.index).displayName();
     case ZModulatorSelection::Kind::MIDI:
         return "MIDI settings";
+    case ZModulatorSelection::Kind::Morph:
+        return "ABCD morphing";
+    case ZModulatorSelection::Kind::Equalizer:
+        return "Equalizer";
+    case ZModulatorSelection::Kind::Decay:
+        return "Decay";
     case ZModulatorSelection::Kind::None:
         break;
     }
@@ -95,7 +101,9 @@ void ZModulatorArea::Select(ZModulatorSelection selection)
     const bool open = page_ != nullptr;
     overview_->SetVisible(!open);
     back_->SetVisible(open);
-    menu_->SetVisible(open && selection_.kind != ZModulatorSelection::Kind::MIDI);
+    const bool modulator = selection_.kind == ZModulatorSelection::Kind::LFO ||
+                           selection_.kind == ZModulatorSelection::Kind::MultiParameter;
+    menu_->SetVisible(open && modulator);
     for (size_t i = 0; i < multiParameters_->body().children().size(); ++i)
         static_cast<ZMultiParameterStrip*>(multiParameters_->body().children()[i].get())
             ->SetSelected(selection_ == ZModulatorSelection{ZModulatorSelection::Kind::MultiParameter, static_cast<int>(i)});

@@ -14,9 +14,10 @@
 
 namespace halvern {
 
-// The modulator whose editor is open, or none.
+// The page the bottom area shows: a modulator's editor, the MIDI settings, one of the
+// editor's other pages (the morph pad, the equalizer, the decay display), or none.
 struct ZModulatorSelection {
-    enum class Kind { None, LFO, MultiParameter, MIDI };
+    enum class Kind { None, LFO, MultiParameter, MIDI, Morph, Equalizer, Decay };
     Kind kind = Kind::None;
     int index = 0; // 0..3 for LFOs and MultiParameters
     bool operator==(const ZModulatorSelection&) const = default;

@@ -15,7 +15,7 @@ std::unique_ptr<ZView> BuildModulatorPage(ZModulatorEditorContext& context, ZMod
         return BuildMultiParameterEditor(context, which.index);
     case ZModulatorSelection::Kind::MIDI:
         return BuildMIDISettingsEditor(context);
-    case ZModulatorSelection::Kind::None:
+    default:
         break;
     }
     return nullptr;

@@ -21,9 +21,17 @@ ZOffscreenEditor::ZOffscreenEditor(ZAudioPlugin& core, double scale)
 
 ZOffscreenEditor::~ZOffscreenEditor() = default;
 
-void ZOffscreenEditor::Open(ZModulatorSelection which)
+ZReverbEditorView& ZOffscreenEditor::view() { return *static_cast<ZReverbEditorView*>(root_->content()); }
+
+void ZOffscreenEditor::Open(ZModulatorSelection which) { view().modulatorArea().Select(which); }
+
+void ZOffscreenEditor::Tick(int ticks)
 {
-    static_cast<ZReverbEditorView*>(root_->content())->modulatorArea().Select(which);
+    for (int i = 0; i < ticks; ++i) {
+        now_ += ZReverbEditorView::kTickSeconds;
+        root_->Tick(now_);
+        root_->Paint();
+    }
 }
 
 void ZOffscreenEditor::RenderAll()

@@ -39,9 +39,12 @@ public:
     ~ZOffscreenEditor();
 
     ZUIRoot& root() { return *root_; }
+    class ZReverbEditorView& view();
     ZOffscreenEditorHost& host() { return host_; }
     // Opens a modulator's page in the modulator area (none: the overview).
     void Open(ZModulatorSelection which);
+    // Runs the editor's timer for a number of ticks, repainting what changed.
+    void Tick(int ticks = 1);
     // Takes what the plug-in shows now and repaints everything.
     void RenderAll();
     bool WritePNG(const std::string& path);

@@ -1,7 +1,13 @@
 #include "editor/reverb_editor_view.h"
 
+#include "editor/abcd_editor.h"
+#include "editor/editor_toolbar.h"
 #include "editor/host_parameter_binding.h"
 #include "editor/position_editor.h"
+#include "editor/preset_selector.h"
+#include "editor/preset_window.h"
+#include "editor/slot_bar.h"
+#include "ui/dialog.h"
 #include "ui/controls/enum_menu.h"
 #include "ui/controls/knob.h"
 #include "ui/box_layout.h"
@@ -19,6 +25,8 @@ namespace halvern {
 namespace {
 
 constexpr double kHeaderHeight = 48.0;
+constexpr double kToolbarHeight = 36.0;
+constexpr int kTicksBeforeUndoStep = 6; // 0.1 s: the update thread's part of a change is done by then
 constexpr const char* kHelpHint = "Point at a control to read what it does; right-click it to type a value.";
 
 struct Placement {
@@ -26,22 +34,22 @@ struct Placement {
     int columns;
 };
 
-// Where each panel stands in the natural 1200 x 800 layout, and its columns: every
+// Where each panel stands in the natural 1200 x 836 layout, and its columns: every
 // control's cell is at least 88 wide, so the longest names show whole.
 const std::map<std::string, Placement>& placements()
 {
     static const std::map<std::string, Placement> table = {
-        {"Position", {{10, 56, 380, 364}, 1}},
-        {"Globals", {{398, 56, 392, 128}, 4}},
-        {"Equalizer", {{798, 56, 392, 128}, 4}},
-        {"Room", {{398, 192, 290, 228}, 3}},
-        {"Color", {{696, 192, 290, 228}, 3}},
-        {"Gate", {{994, 192, 196, 228}, 2}},
+        {"Position", {{10, 92, 380, 364}, 1}},
+        {"Globals", {{398, 92, 392, 128}, 4}},
+        {"Equalizer", {{798, 92, 392, 128}, 4}},
+        {"Room", {{398, 228, 290, 228}, 3}},
+        {"Color", {{696, 228, 290, 228}, 3}},
+        {"Gate", {{994, 228, 196, 228}, 2}},
     };
     return table;
 }
-const ZRect kModulatorBounds{10, 428, 1180, 310};
-const ZRect kHelpBounds{10, 746, 1180, 46};
+const ZRect kModulatorBounds{10, 464, 1180, 310};
+const ZRect kHelpBounds{10, 782, 1180, 46};
 
 int32_t indexOfName(ZAudioPlugin& core, const std::string& name)
 {
@@ -53,19 +61,14 @@ int32_t indexOfName(ZAudioPlugin& core, const std::string& name)
 
 } // namespace
 
-// The strip at the top: the plug-in's and its maker's names, bypass, and the meters.
+// The strip at the top: the plug-in's and its maker's names, the current preset,
+// bypass, and the meters.
 class ZReverbEditorView::Header : public ZView {
 public:
-    Header(ZQuessaneAudioEffectPlugin& core, std::unique_ptr<ZView> bypass, std::function<void()> openMIDI,
-           std::function<void(ZRect)> openModulatorsMenu)
-        : core_(core)
+    Header(ZQuessaneAudioEffectPlugin& core, std::unique_ptr<ZView> presets, std::unique_ptr<ZView> bypass)
     {
         SetName("Header");
-        midi_ = AddChild(std::make_unique<ZButton>("MIDI", std::move(openMIDI)));
-        midi_->SetName("MIDI");
-        modulators_ = AddChild(std::make_unique<ZButton>("Modulators"));
-        modulators_->SetName("Modulators");
-        modulators_->SetOnClick([this, open = std::move(openModulatorsMenu)] { open(modulators_->bounds()); });
+        presets_ = AddChild(std::move(presets));
         bypass_ = AddChild(std::move(bypass));
         meters_ = AddChild(std::make_unique<ZBoxLayout>(ZOrientation::Vertical, 2.0));
         meters_->Add(std::make_unique<ZLevelMeter>("In", [&core] { return core.TakeInputLevel(); }, kTickSeconds));
@@ -75,8 +78,7 @@ public:
     void Layout() override
     {
         const ZRect& b = bounds();
-        midi_->SetBounds({b.right() - 700, b.y + 12, 70, 24});
-        modulators_->SetBounds({b.right() - 620, b.y + 12, 110, 24});
+        presets_->SetBounds({b.x + 330, b.y + 12, 300, 24});
         bypass_->SetBounds({b.right() - 470, b.y + 8, 110, 32});
         meters_->SetBounds({b.right() - 300, b.y + 6, 290, 36});
     }
@@ -95,32 +97,47 @@ protected:
     }
 
 private:
-    ZQuessaneAudioEffectPlugin& core_;
-    ZButton* midi_;
-    ZButton* modulators_;
+    ZView* presets_;
     ZView* bypass_;
     ZBoxLayout* meters_;
 };
 
 ZReverbEditorView::ZReverbEditorView(
     ZQuessaneAudioEffectPlugin& core, HalvernAudioEffectPlugin& effect, ZEditorHost& host,
-    std::function<std::unique_ptr<ZView>(ZModulatorEditorContext&, ZModulatorSelection)> buildPage,
+    std::function<std::unique_ptr<ZView>(ZModulatorEditorContext&, ZModulatorSelection)> buildModulatorPage,
     std::function<void(ZModulatorEditorContext&, ZModulatorSelection, ZRect)> openMenu)
     : core_(core), effect_(effect), host_(host),
       context_{core, effect, host, [this](ZModulatorSelection which) { area_->Select(which); },
-               [this](ZLearnListener* listener) { learn_ = listener; }}
+               [this](ZLearnListener* listener) { learn_ = listener; }},
+      undo_(core)
 {
     SetName("ReverbEditor");
+    const auto notify = [this](const std::string& message) { ShowMessage(message); };
     header_ = AddChild(std::make_unique<Header>(
-        core, controlFor(core.bypassIndex()), [this] { area_->Select({ZModulatorSelection::Kind::MIDI, 0}); },
-        [this, openMenu](ZRect anchor) {
-            if (openMenu)
-                openMenu(context_, {}, anchor);
-        }));
+        core,
+        std::make_unique<ZPresetSelector>(core, [this] { OpenPresetWindow(); }, [this] { presetLoaded(); }),
+        controlFor(core.bypassIndex())));
+    auto slots = std::make_unique<ZSlotBar>(core, host, notify);
+    slots_ = slots.get();
+    ZToolbarActions actions;
+    actions.togglePage = [this](ZModulatorSelection::Kind kind) { TogglePage(kind); };
+    actions.openPage = [this] { return area_->selection().kind; };
+    actions.openModulatorsMenu = [this, openMenu](ZRect anchor) {
+        if (openMenu)
+            openMenu(context_, {}, anchor);
+    };
+    actions.undo = [this] { Undo(); };
+    actions.redo = [this] { Redo(); };
+    actions.canUndo = [this] { return undo_.CanUndo() || ticksToRecord_ > 0; };
+    actions.canRedo = [this] { return undo_.CanRedo(); };
+    toolbar_ = AddChild(std::make_unique<ZEditorToolbar>(std::move(slots), std::move(actions)));
     buildPanels();
     area_ = AddChild(std::make_unique<ZModulatorArea>(
         context_,
-        [this, buildPage](ZModulatorSelection which) { return buildPage ? buildPage(context_, which) : nullptr; },
+        [this, buildModulatorPage](ZModulatorSelection which) {
+            std::unique_ptr<ZView> page = buildPage(which);
+            return page || !buildModulatorPage ? std::move(page) : buildModulatorPage(context_, which);
+        },
         [this, openMenu](ZModulatorSelection which, ZRect anchor) {
             if (openMenu)
                 openMenu(context_, which, anchor);
@@ -128,6 +145,86 @@ ZReverbEditorView::ZReverbEditorView(
         [this](int32_t index, const std::string& label) { return controlFor(index, label); }));
     help_ = AddChild(std::make_unique<ZMarkupView>(kHelpHint));
     help_->SetName("Help");
+}
+
+// The pages of the bottom area that are not a modulator's.
+std::unique_ptr<ZView> ZReverbEditorView::buildPage(ZModulatorSelection which)
+{
+    switch (which.kind) {
+    case ZModulatorSelection::Kind::Morph:
+        return std::make_unique<ABCDEditor>(
+            core_, host_, [this](int slot) { slots_->Select(slot); }, controlFor(core_.agcParameterIndex()),
+            [this](const std::string& question, const std::vector<std::string>& answers, std::function<void(int)> answered) {
+                if (ZUIRoot* owner = root())
+                    ZDialog::Show(*owner, std::make_unique<ZQuestionDialog>("ABCD morphing", question, answers,
+                                                                           std::move(answered)));
+            });
+    default:
+        return nullptr;
+    }
+}
+
+void ZReverbEditorView::TogglePage(ZModulatorSelection::Kind kind)
+{
+    area_->Select(area_->selection().kind == kind ? ZModulatorSelection{} : ZModulatorSelection{kind, 0});
+}
+
+void ZReverbEditorView::ShowMessage(const std::string& message)
+{
+    if (ZUIRoot* owner = root())
+        halvern::ShowMessage(*owner, HalvernAudioEffectPlugin::kProductName, message);
+}
+
+void ZReverbEditorView::OpenPresetWindow()
+{
+    ZUIRoot* owner = root();
+    if (owner != nullptr && core_.presets() != nullptr)
+        ShowPresetWindow(*owner, *core_.presets(), "Presets", [this] { presetLoaded(); });
+}
+
+// A preset changes every value behind the host's back: it hears them all again.
+void ZReverbEditorView::presetLoaded()
+{
+    core_.StateChanged();
+    InteractionEnded();
+}
+
+void ZReverbEditorView::InteractionEnded() { ticksToRecord_ = kTicksBeforeUndoStep; }
+
+void ZReverbEditorView::recordPendingStep()
+{
+    ticksToRecord_ = 0;
+    undo_.Record();
+}
+
+void ZReverbEditorView::Undo()
+{
+    if (ticksToRecord_ > 0)
+        recordPendingStep();
+    undo_.Undo();
+}
+
+void ZReverbEditorView::Redo()
+{
+    if (ticksToRecord_ > 0)
+        recordPendingStep();
+    undo_.Redo();
+}
+
+bool ZReverbEditorView::Shortcut(const ZKeyEvent& event)
+{
+    if (event.key != ZKey::Character || (event.modifiers & kModifierControl) == 0)
+        return false;
+    const bool shift = (event.modifiers & kModifierShift) != 0;
+    if (event.text == "z" || event.text == "Z") {
+        shift ? Redo() : Undo();
+        return true;
+    }
+    if (event.text == "y" || event.text == "Y") {
+        Redo();
+        return true;
+    }
+    return false;
 }
 
 std::unique_ptr<ZView> ZReverbEditorView::controlFor(int32_t index, const std::string& label)
@@ -181,6 +278,7 @@ void ZReverbEditorView::Layout()
 {
     const ZRect& b = bounds();
     header_->SetBounds({b.x, b.y, b.width, kHeaderHeight});
+    toolbar_->SetBounds({b.x, b.y + kHeaderHeight, b.width, kToolbarHeight});
     for (ZPanel* panel : panels_) {
         const ZRect& at = placements().at(panel->Text()).bounds;
         panel->SetBounds({b.x + at.x, b.y + at.y, at.width, at.height});
@@ -207,6 +305,8 @@ void ZReverbEditorView::Refresh()
 {
     if (targetsChanged())
         Invalidate();
+    if (ticksToRecord_ > 0 && --ticksToRecord_ == 0)
+        recordPendingStep();
 }
 
 bool ZReverbEditorView::targetsChanged()

@@ -1,5 +1,6 @@
 #include "editor/shape_editor.h"
 
+#include "audio_import/audio_file_reader.h"
 #include "core/value_displays.h"
 #include "editor/page_layout.h"
 #include "editor/setting_mirror.h"
@@ -15,6 +16,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <filesystem>
 #include <vector>
 
 namespace halvern {
@@ -204,6 +206,26 @@ void ZShapeEditor::ChangeCount(int change)
     values.resize(static_cast<size_t>(std::clamp(static_cast<int>(values.size()) + change, 1, limit)), 0.0);
     steps ? shape.setSteps(values) : shape.setHarmonics(values);
     lfo_.setShape(shape);
+}
+
+std::string ZShapeEditor::LoadShapeFromSound(const std::string& path, ZShapeSource source)
+{
+    std::vector<double> steps;
+    try {
+        steps = StepsFromSound(ReadAudioFile(path), source, ZSignalGenerator::kMaxSteps);
+    } catch (const ZShapeFromSoundError& error) {
+        return "\u201C" + std::filesystem::path(path).filename().string() + "\u201D gives no shape: " + error.what();
+    } catch (const std::exception& error) {
+        return error.what();
+    }
+    ZLockHolder hold(lock_, -1);
+    ZSignalGenerator shape = lfo_.shape();
+    shape.setFamily(Family::Steps);
+    shape.setSteps(steps);
+    shape.setSmoothing(1.0);
+    shape.setPhaseOffset(0.0);
+    lfo_.setShape(shape);
+    return {};
 }
 
 void ZShapeEditor::showCount()

@@ -4,14 +4,17 @@
 // family, phase offset and smoothing; the graph of one cycle with the steps or harmonics
 // to draw and the LFO's live position; the number of steps or harmonics; and the shape
 // presets of the signal generator's preset manager: previous, next, load and save as,
-// with the current preset's name or the last message in the status line. Every change
-// goes to the LFO through its setShape, under the processing lock.
+// with the current preset's name or the last message in the status line; and shapes
+// taken from sound files. Every change goes to the LFO through its setShape, under the
+// processing lock.
 
+#include "analysis/shape_from_sound.h"
 #include "editor/modulator_editor_context.h"
 #include "modulation/signal_generator.h"
 #include "ui/view.h"
 
 #include <memory>
+#include <string>
 
 namespace halvern {
 
@@ -34,6 +37,9 @@ public:
     void StepPreset(int direction);
     void OpenPresetMenu();
     void OpenSaveAs();
+    // Takes the shape from a sound file: one cycle of its waveform or its envelope, as
+    // smoothly joined steps. Returns why it could not, or empty; a failure changes nothing.
+    std::string LoadShapeFromSound(const std::string& path, ZShapeSource source);
 
     void Layout() override;
     void Refresh() override;

@@ -22,6 +22,10 @@ constexpr double kButterworthQ = 0.7071067811865476;
 // The highest frequency a filter is designed for, as a fraction of the sample rate; a
 // high cut above it has nothing left to cut and is switched off.
 constexpr double kNyquistFraction = 0.4999;
+// The rate a response is drawn at before the equalizer is prepared.
+constexpr double kUnpreparedRate = 48000.0;
+// A response's floor (-300 dB): the gain of a cut far beyond its frequency stays finite.
+constexpr double kSilentGain = 1e-15;
 
 void showAsFrequency(ZValueDouble& value)
 {
@@ -88,32 +92,59 @@ void ZEqualizerProcessorPlugin::update()
 {
     if (sampleRate_ <= 0.0)
         return;
-    updateCuts();
-    updateBands();
+    const Design wanted = design(sampleRate_);
+    for (int stage = 0; stage < kStageCount; ++stage)
+        setStage(static_cast<StageIndex>(stage), wanted.active[static_cast<size_t>(stage)],
+                 wanted.coefficients[static_cast<size_t>(stage)]);
     collectActiveStages();
 }
 
-void ZEqualizerProcessorPlugin::updateCuts()
+// A band at 0 dB changes nothing, so it is skipped like a disabled one.
+ZEqualizerProcessorPlugin::Design ZEqualizerProcessorPlugin::design(double sampleRate) const
 {
+    Design d;
     const double lowHertz = std::pow(10.0, lowCut_);
     const double highHertz = std::pow(10.0, highCut_);
-    const bool lowActive = lowCut_ > kLowestCut + kEndTolerance;
-    const bool highActive = highCut_ < kHighestCut - kEndTolerance && highHertz < kNyquistFraction * sampleRate_;
-    setStage(kLowCutStage, lowActive, ZBiquad::design(ZBiquad::Type::HighPass, sampleRate_, lowHertz, kButterworthQ));
-    setStage(kHighCutStage, highActive, ZBiquad::design(ZBiquad::Type::LowPass, sampleRate_, highHertz, kButterworthQ));
-}
-
-// A band at 0 dB changes nothing, so it is skipped like a disabled one.
-void ZEqualizerProcessorPlugin::updateBands()
-{
+    d.active[kLowCutStage] = lowCut_ > kLowestCut + kEndTolerance;
+    d.active[kHighCutStage] = highCut_ < kHighestCut - kEndTolerance && highHertz < kNyquistFraction * sampleRate;
+    d.coefficients[kLowCutStage] = ZBiquad::design(ZBiquad::Type::HighPass, sampleRate, lowHertz, kButterworthQ);
+    d.coefficients[kHighCutStage] = ZBiquad::design(ZBiquad::Type::LowPass, sampleRate, highHertz, kButterworthQ);
     for (int band = 0; band < kBandCount; ++band) {
         const ZEqualizerBand& b = bands_[static_cast<size_t>(band)];
-        const bool active = b.enabled && b.gainDb != 0.0;
+        const auto stage = static_cast<size_t>(kFirstBandStage + band);
+        d.active[stage] = b.enabled && b.gainDb != 0.0;
         // Kept below the Nyquist frequency at low sample rates.
-        const double frequency = std::min(b.frequency, kNyquistFraction * sampleRate_);
-        setStage(static_cast<StageIndex>(kFirstBandStage + band), active,
-                 ZBiquad::design(bandType(band), sampleRate_, frequency, b.q, b.gainDb));
+        const double frequency = std::min(b.frequency, kNyquistFraction * sampleRate);
+        d.coefficients[stage] = ZBiquad::design(bandType(band), sampleRate, frequency, b.q, b.gainDb);
     }
+    return d;
+}
+
+ZEqualizerResponse ZEqualizerProcessorPlugin::response() const
+{
+    static_assert(ZEqualizerResponse::kMaxSections == kStageCount);
+    ZEqualizerResponse r;
+    if (sampleRate_ > 0.0) {
+        r.sampleRate_ = sampleRate_;
+        for (int s = 0; s < chainLength_; ++s)
+            r.sections_[static_cast<size_t>(r.count_++)] = chain_[static_cast<size_t>(s)]->left.coefficients();
+        return r;
+    }
+    r.sampleRate_ = kUnpreparedRate;
+    const Design d = design(kUnpreparedRate);
+    for (size_t stage = 0; stage < d.active.size(); ++stage)
+        if (d.active[stage])
+            r.sections_[static_cast<size_t>(r.count_++)] = d.coefficients[stage];
+    return r;
+}
+
+double ZEqualizerResponse::gainDb(double frequency) const
+{
+    double db = 0.0;
+    for (int s = 0; s < count_; ++s)
+        db += 20.0 * std::log10(std::max(ZBiquad::magnitude(sections_[static_cast<size_t>(s)], sampleRate_, frequency),
+                                         kSilentGain));
+    return db;
 }
 
 // A stage that comes back into the chain starts from silence, not from stale state.

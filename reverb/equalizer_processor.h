@@ -17,6 +17,26 @@ struct ZEqualizerBand {
     double gainDb = 0.0;
     double q = 0.7071;
     bool enabled = false;
+    bool operator==(const ZEqualizerBand&) const = default;
+};
+
+// The equalizer's filters as they were set at one moment: the sections that run, in
+// signal order, at their sample rate. Cheap to copy, so the editor takes one under the
+// lock and draws from it at leisure.
+class ZEqualizerResponse {
+public:
+    static constexpr int kMaxSections = 5;
+
+    // The gain of the whole chain at a frequency, in dB.
+    double gainDb(double frequency) const;
+    double sampleRate() const { return sampleRate_; }
+    bool operator==(const ZEqualizerResponse&) const = default;
+
+private:
+    friend class ZEqualizerProcessorPlugin;
+    double sampleRate_ = 0.0;
+    std::array<ZBiquad::Coefficients, kMaxSections> sections_{};
+    int count_ = 0;
 };
 
 class ZEqualizerProcessorPlugin {
@@ -43,6 +63,10 @@ public:
     Bands& bands() { return bands_; }
     const Bands& bands() const { return bands_; }
 
+    // The response of the filters as they run; before the first preparation, as they
+    // would run at 48 kHz.
+    ZEqualizerResponse response() const;
+
     void prepare(double sampleRate);
     // Recomputes the filters from the cut values and the bands.
     void update();
@@ -58,9 +82,14 @@ private:
     };
     enum StageIndex { kLowCutStage, kHighCutStage, kFirstBandStage, kStageCount = kFirstBandStage + kBandCount };
 
+    struct Design {
+        std::array<ZBiquad::Coefficients, kStageCount> coefficients;
+        std::array<bool, kStageCount> active{};
+    };
+
+    // The filters the cut values and the bands ask for at a sample rate.
+    Design design(double sampleRate) const;
     void setStage(StageIndex index, bool active, const ZBiquad::Coefficients& coefficients);
-    void updateCuts();
-    void updateBands();
     void collectActiveStages();
 
     double lowCut_;

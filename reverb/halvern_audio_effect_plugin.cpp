@@ -24,6 +24,8 @@ constexpr int kMaxWorkLength = 4096;
 // wet sample past the float range and poison a filter's state; non-finite ones are
 // silence.
 constexpr float kInputLimit = 1e5f;
+// The analyser's ring holds this long a stretch of the reverberation (and two blocks at least).
+constexpr double kWetRingSeconds = 0.5;
 
 float boundedInput(float x)
 {
@@ -163,6 +165,10 @@ void HalvernAudioEffectPlugin::Prepare(double sampleRate, int32_t maxBlockSize)
     earlyLeft_.assign(workLength, 0.0);
     earlyRight_.assign(workLength, 0.0);
     equalizer_.prepare(sampleRate);
+    {
+        ZLockHolder reader(wetReader_, -1);
+        wetSamples_.resize(static_cast<size_t>(std::max(kWetRingSeconds * sampleRate, 2.0 * maxBlockSize)));
+    }
     prepared_ = sampleRate > 0.0;
     updateUnlocked();
     Reset();
@@ -254,6 +260,8 @@ void HalvernAudioEffectPlugin::Process(const ZHostTimeInfo*, float* const* input
         saturation_.process(outLeft, outRight, n, s);
     if (gateActive_)
         gate_.process(outLeft, outRight, n);
+    if (wetAnalysis_.load(std::memory_order_relaxed))
+        wetSamples_.write(n, [outLeft, outRight](int i) { return 0.5f * (outLeft[i] + outRight[i]); });
     addDry(inLeft, inRight, outLeft, outRight, n);
 }
 
@@ -294,6 +302,35 @@ void HalvernAudioEffectPlugin::addDry(const float* inLeft, const float* inRight,
             outRight[i] = static_cast<float>(outRight[i] + p * g * left + g * right);
         }
     }
+}
+
+// ---------------------------------------------------------------- equalizer and analysis
+
+ZEqualizerProcessorPlugin::Bands HalvernAudioEffectPlugin::EqualizerBands()
+{
+    ZLockHolder hold(pluginMutex(), -1);
+    return equalizer_.bands();
+}
+
+void HalvernAudioEffectPlugin::SetEqualizerBand(int index, const ZEqualizerBand& band)
+{
+    if (index < 0 || index >= ZEqualizerProcessorPlugin::kBandCount)
+        return;
+    ZLockHolder hold(pluginMutex(), -1);
+    equalizer_.bands()[static_cast<size_t>(index)] = ZEqualizerProcessorPlugin::LimitBand(band);
+    equalizer_.update();
+}
+
+ZEqualizerResponse HalvernAudioEffectPlugin::EqualizerResponse()
+{
+    ZLockHolder hold(pluginMutex(), -1);
+    return equalizer_.response();
+}
+
+size_t HalvernAudioEffectPlugin::ReadWetSamples(float* out, size_t maxCount)
+{
+    ZLockHolder hold(wetReader_, -1);
+    return wetSamples_.read(out, maxCount);
 }
 
 // ---------------------------------------------------------------- state

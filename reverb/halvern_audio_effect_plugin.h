@@ -6,6 +6,7 @@
 
 #include "core/audio_effect_plugin.h"
 #include "core/audio_plugin.h"
+#include "core/sample_ring.h"
 #include "reverb/early_reflections.h"
 #include "reverb/equalizer_processor.h"
 #include "reverb/late_reverb_network.h"
@@ -17,6 +18,7 @@
 #include "reverb/saturation_shaper.h"
 #include "state/zml_element.h"
 
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -79,6 +81,20 @@ public:
     void SetRoomOutline(const std::vector<ZRoomOutline::Point>& points);
     ReverbPosAutomationAdapterType& positionAutomation() { return positionAutomation_; }
 
+    // The equalizer's parametric bands. A band set is limited to its ranges and sounds
+    // from the next block on.
+    ZEqualizerProcessorPlugin::Bands EqualizerBands();
+    void SetEqualizerBand(int index, const ZEqualizerBand& band);
+    // The equalizer's filters as they run now.
+    ZEqualizerResponse EqualizerResponse();
+
+    // While on, each block's reverberation as it leaves the post chain (before the dry
+    // signal is added), the mean of both channels, is kept for an analyser.
+    void SetWetAnalysis(bool on) { wetAnalysis_.store(on, std::memory_order_relaxed); }
+    // Copies up to maxCount of the newest kept samples that were not read yet, oldest
+    // first; answers how many. Never makes the audio thread wait.
+    size_t ReadWetSamples(float* out, size_t maxCount);
+
     // What the last update derived, for measurements.
     const ZRoomGeometry& geometry() const { return geometry_; }
     const ZLateReverbNetwork& lateNetwork() const { return late_; }
@@ -107,6 +123,9 @@ private:
     ZReverbMix mix_;
     bool gateActive_ = false;
     bool prepared_ = false;
+    std::atomic<bool> wetAnalysis_{false};
+    ZSampleRing wetSamples_;
+    ZLock wetReader_; // held by the reader and by preparation, which resizes the ring
 };
 
 } // namespace halvern

@@ -84,7 +84,40 @@ bool ZQuessaneAudioEffectPlugin::switchSlots()
     captureCorner(slots_.live());
     slots_.switchToRequested();
     captureCorner(slots_.live());
+    slotChanges_.fetch_add(1, std::memory_order_acq_rel);
     return true;
+}
+
+std::unique_ptr<ZMLElement> ZQuessaneAudioEffectPlugin::CopyLiveSlot()
+{
+    auto state = std::make_unique<ZMLElement>(std::string(kSlotElement));
+    ZLockHolder hold(processingLock(), -1);
+    serializeState(ZSerializationContext(*state, true));
+    return state;
+}
+
+void ZQuessaneAudioEffectPlugin::PasteIntoLiveSlot(ZMLElement& state)
+{
+    {
+        ZLockHolder hold(processingLock(), -1);
+        parameters().takeParked();
+        ZReadOrRestore(state, [this](const ZSerializationContext& context) { serializeState(context); });
+        captureCorner(slots_.live());
+        StateChanged();
+    }
+    slotChanges_.fetch_add(1, std::memory_order_acq_rel);
+    updates_.Request();
+}
+
+std::array<bool, ZStateSlots::kCount> ZQuessaneAudioEffectPlugin::SlotsHoldingChanges()
+{
+    std::array<bool, ZStateSlots::kCount> changed{};
+    ZMLElement live(slots_.initialState().name());
+    ZLockHolder hold(processingLock(), -1);
+    serializeState(ZSerializationContext(live, true));
+    for (int slot = 0; slot < ZStateSlots::kCount; ++slot)
+        changed[static_cast<size_t>(slot)] = !((slot == slots_.live() ? live : slots_.state(slot)) == slots_.initialState());
+    return changed;
 }
 
 void ZQuessaneAudioEffectPlugin::captureCorner(int slot)
@@ -239,8 +272,10 @@ void ZQuessaneAudioEffectPlugin::Serialize(const ZSerializationContext& context)
     serializePad(context);
     slots_.serialize(context);
     ZAudioEffectPluginToAudioPluginAdapter::Serialize(context);
-    if (context.reading())
+    if (context.reading()) {
         captureStoredCorners(context.element());
+        slotChanges_.fetch_add(1, std::memory_order_acq_rel);
+    }
 }
 
 // The pad's position, by its parameters' names; read back as it was, without blending.

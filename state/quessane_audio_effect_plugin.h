@@ -22,6 +22,7 @@
 #include "state/preset_owners.h"
 #include "state/state_slots.h"
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -45,6 +46,18 @@ public:
     const ZStateSlots& slots() const { return slots_; }
     // Switches to a slot (limited to A-H) at once; nothing happens when it is live.
     void SelectSlot(int slot);
+    // The element that holds a copied slot.
+    static constexpr std::string_view kSlotElement = "Slot";
+    // The live slot's state as a slot keeps it, to be pasted into a slot later.
+    std::unique_ptr<ZMLElement> CopyLiveSlot();
+    // Replaces the live slot's state by a copied one and tells the host every value
+    // again. A state that does not read throws and leaves the plug-in as it was.
+    void PasteIntoLiveSlot(ZMLElement& state);
+    // Per slot, whether its state differs from the defaults every slot starts with.
+    std::array<bool, ZStateSlots::kCount> SlotsHoldingChanges();
+    // Counts changes of the slots' set-up (switches, pastes, loaded states), so that a
+    // view knows when to look again.
+    uint64_t slotChanges() const { return slotChanges_.load(std::memory_order_acquire); }
 
     // Moves the pad to (u, v), each limited to 0..1; returns how many parameters it set.
     int MoveMorph(double u, double v);
@@ -115,6 +128,7 @@ private:
     std::atomic<uint64_t> slotRequest_{0};
     std::atomic<uint64_t> padRequest_{0};
     std::atomic<uint64_t> loads_{0};
+    std::atomic<uint64_t> slotChanges_{0};
     std::unique_ptr<ZPluginPresetManager> presets_;
     std::vector<std::string> programNames_; // the factory presets' names, fixed once set
     std::atomic<int32_t> requestedProgram_{-1};

@@ -28,6 +28,7 @@ void ZStateSlots::initialise()
     previous_ = -1;
     slots_[0].clear();
     core_.serializeState(ZSerializationContext(slots_[0], true));
+    initial_ = std::move(*slots_[0].clone());
     for (int slot = 1; slot < kCount; ++slot)
         slots_[static_cast<size_t>(slot)] = std::move(*slots_[0].clone());
 }

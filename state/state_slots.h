@@ -32,6 +32,8 @@ public:
     // The slot that was live before the last switch, -1 for none.
     int previous() const { return previous_; }
     const ZMLElement& state(int slot) const { return slots_.at(static_cast<size_t>(slot)); }
+    // The state every slot held after initialise: the plug-in's defaults.
+    const ZMLElement& initialState() const { return initial_; }
     ZValue& selector() { return selector_; }
     static char Letter(int slot) { return static_cast<char>('A' + slot); }
 
@@ -54,6 +56,7 @@ private:
 
     ZAudioEffectPluginToAudioPluginAdapter& core_;
     std::array<ZMLElement, kCount> slots_;
+    ZMLElement initial_;
     int32_t live_ = 0;
     int32_t requested_ = 0;
     int32_t previous_ = -1;

@@ -1,43 +1,31 @@
 #include "tools/core_render_target.h"
 
 #include "presets/factory_presets.h"
-#include "reverb/halvern_audio_effect_plugin.h"
-#include "state/quessane_audio_effect_plugin.h"
 
 namespace halvern::tools {
 
 CoreRenderTarget::CoreRenderTarget()
 {
-    auto core = std::make_unique<ZQuessaneAudioEffectPlugin>(std::make_unique<HalvernAudioEffectPlugin>());
-    core->SetPresets(ZPresetCollection::ReadBlock(FactoryPresetBlock()), "");
-    core_ = std::move(core);
+    instance_.core().SetPresets(ZPresetCollection::ReadBlock(FactoryPresetBlock()), "");
 }
 
-int CoreRenderTarget::parameterCount() { return core_->GetParameterCount(); }
+int CoreRenderTarget::parameterCount() { return core().GetParameterCount(); }
 
-std::string CoreRenderTarget::parameterKey(int index) { return core_->GetParameterID(index); }
+std::string CoreRenderTarget::parameterKey(int index) { return core().GetParameterID(index); }
 
 bool CoreRenderTarget::setFromText(int index, const std::string& text)
 {
-    return core_->SetParameterFromDisplayText(index, text);
+    return core().SetParameterFromDisplayText(index, text);
 }
 
-void CoreRenderTarget::setNormalized(int index, double normalized) { core_->SetParameter(index, normalized); }
+void CoreRenderTarget::setNormalized(int index, double normalized) { core().SetParameter(index, normalized); }
 
-void CoreRenderTarget::setup(double sampleRate, int maxBlock)
-{
-    core_->SetSampleRate(sampleRate);
-    core_->SetMaxBlockSize(maxBlock);
-}
+void CoreRenderTarget::setup(double sampleRate, int maxBlock) { instance_.setup(sampleRate, maxBlock); }
 
-void CoreRenderTarget::start() { core_->InitProcessing(); }
+void CoreRenderTarget::start() { instance_.start(); }
 
-void CoreRenderTarget::process(float* const* inputs, float* const* outputs, int n)
-{
-    core_->ProcessBlock(inputs, outputs, n, true);
-    core_->ProcessUpdate();
-}
+void CoreRenderTarget::process(float* const* inputs, float* const* outputs, int n) { instance_.process(inputs, outputs, n); }
 
-int CoreRenderTarget::tailLength() { return core_->GetTailSamples(); }
+int CoreRenderTarget::tailLength() { return instance_.tailLength(); }
 
 } // namespace halvern::tools

@@ -1,12 +1,10 @@
 #pragma once
 
-// The plug-in core built into the renderer (the same chain the library builds), driven
-// directly, without a plug-in library.
+// The plug-in core built into the renderer (the same chain the library builds, with the
+// factory presets), driven directly, without a plug-in library.
 
-#include "modulation/audio_effect_plugin_to_audio_plugin_adapter.h"
+#include "analysis/core_block_processor.h"
 #include "tools/render_target.h"
-
-#include <memory>
 
 namespace halvern::tools {
 
@@ -23,10 +21,10 @@ public:
     void process(float* const* inputs, float* const* outputs, int n) override;
     int tailLength() override;
 
-    ZAudioEffectPluginToAudioPluginAdapter& core() { return *core_; }
+    ZAudioEffectPluginToAudioPluginAdapter& core() { return instance_.core(); }
 
 private:
-    std::unique_ptr<ZAudioEffectPluginToAudioPluginAdapter> core_;
+    ZCoreBlockProcessor instance_;
 };
 
 } // namespace halvern::tools

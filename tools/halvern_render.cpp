@@ -2,10 +2,12 @@
 // would, writes the result with the reverb's tail, and prints a decay report measured
 // on the impulse response of the same settings.
 
+#include "analysis/impulse_analysis.h"
+#include "audio_import/audio_file_reader.h"
+#include "audio_import/audio_file_writer.h"
 #include "editor/offscreen_editor.h"
+#include "editor/reverb_editor_view.h"
 #include "modulation/audio_effect_plugin_to_audio_plugin_adapter.h"
-#include "tools/audio_file.h"
-#include "tools/impulse_analysis.h"
 #include "tools/render_session.h"
 #include "tools/test_signal.h"
 
@@ -20,6 +22,7 @@
 
 namespace {
 
+using namespace halvern;
 using namespace halvern::tools;
 
 constexpr const char* kUsage =
@@ -43,8 +46,9 @@ constexpr const char* kUsage =
     "  --editor-png FILE  draw the editor with these settings into a PNG picture, without\n"
     "                  any display, instead of rendering audio\n"
     "  --scale S       the editor picture's scale factor, 0.75 to 4 (default 1)\n"
-    "  --page NAME     the editor picture with a modulator's page open: \"LFO 1\" to \"LFO 4\",\n"
-    "                  \"MultiParameter 1\" to \"MultiParameter 4\", or \"MIDI\"\n";
+    "  --page NAME     the editor picture with a page of the bottom area open: \"LFO 1\" to\n"
+    "                  \"LFO 4\", \"MultiParameter 1\" to \"MultiParameter 4\", \"MIDI\", \"Morph\",\n"
+    "                  \"Equalizer\" or \"Decay\"; or \"Presets\" for the preset window\n";
 
 // A command line that cannot be run: the usage follows the message.
 struct UsageError : std::runtime_error {
@@ -169,14 +173,18 @@ RenderSession makeSession(const Options& options, double rate)
     return session;
 }
 
-// "LFO 2" or "MultiParameter 3" or "MIDI" as the page to open.
+constexpr const char* kPresetWindow = "Presets";
+
+// "LFO 2", "MultiParameter 3", "MIDI", "Morph", "Equalizer" or "Decay" as the page to open.
 halvern::ZModulatorSelection pageNamed(const std::string& name)
 {
     using Kind = halvern::ZModulatorSelection::Kind;
-    if (name.empty())
+    if (name.empty() || name == kPresetWindow)
         return {};
-    if (name == "MIDI")
-        return {Kind::MIDI, 0};
+    for (const auto& [named, kind] : {std::pair{"MIDI", Kind::MIDI}, std::pair{"Morph", Kind::Morph},
+                                      std::pair{"Equalizer", Kind::Equalizer}, std::pair{"Decay", Kind::Decay}})
+        if (name == named)
+            return {kind, 0};
     for (int i = 0; i < 4; ++i) {
         if (name == "LFO " + std::to_string(i + 1))
             return {Kind::LFO, i};
@@ -192,6 +200,8 @@ int drawEditor(const Options& options)
     RenderSession session = makeSession(options, options.rate);
     halvern::ZOffscreenEditor editor(session.core(), options.scale);
     editor.Open(page);
+    if (options.page == kPresetWindow)
+        editor.view().OpenPresetWindow();
     if (!editor.WritePNG(options.editorPNG))
         throw std::runtime_error("cannot write " + options.editorPNG);
     const halvern::ZCanvas& canvas = editor.root().canvas();
@@ -204,11 +214,11 @@ int run(const Options& options)
 {
     if (!options.editorPNG.empty())
         return drawEditor(options);
-    const AudioData input = options.in.empty() ? MakeTestSignal(options.rate, 2.0) : ReadAudioFile(options.in);
+    const ZAudioData input = options.in.empty() ? MakeTestSignal(options.rate, 2.0) : ReadAudioFile(options.in);
     const double rate = options.impulse ? options.rate : input.sampleRate;
     RenderSession session = makeSession(options, rate);
     const auto started = std::chrono::steady_clock::now();
-    const AudioData output = options.impulse ? session.renderImpulse() : session.render(input);
+    const ZAudioData output = options.impulse ? session.renderImpulse() : session.render(input);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
     WriteAudioFile(options.out, output);
     const double audioSeconds = static_cast<double>(output.frames()) / output.sampleRate;
@@ -216,7 +226,7 @@ int run(const Options& options)
                 output.sampleRate, options.block, audioSeconds / seconds);
 
     // The decay report always comes from a fresh instance's impulse response.
-    const AudioData response = options.impulse ? output : makeSession(options, rate).renderImpulse();
+    const ZAudioData response = options.impulse ? output : makeSession(options, rate).renderImpulse();
     std::printf("%s", FormatImpulseReport(AnalyseImpulseResponse(response)).c_str());
     return EXIT_SUCCESS;
 }

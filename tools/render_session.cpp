@@ -4,7 +4,6 @@
 #include "tools/vst2_render_target.h"
 
 #include <algorithm>
-#include <cmath>
 #include <stdexcept>
 
 namespace halvern::tools {
@@ -58,7 +57,7 @@ void RenderSession::start() { target_->start(); }
 
 void RenderSession::processBlock(float* const* inputs, float* const* outputs, int n) { target_->process(inputs, outputs, n); }
 
-AudioData RenderSession::render(const AudioData& input, double minimumTail)
+ZAudioData RenderSession::render(const ZAudioData& input, double minimumTail)
 {
     if (input.channels.empty())
         throw std::runtime_error("the input has no channels");
@@ -69,7 +68,7 @@ AudioData RenderSession::render(const AudioData& input, double minimumTail)
     const auto& second = input.channels.size() > 1 ? input.channels[1] : input.channels[0];
     std::copy(second.begin(), second.end(), right.begin());
 
-    AudioData output;
+    ZAudioData output;
     output.sampleRate = sampleRate_;
     output.channels.assign(2, std::vector<float>(frames, 0.0f));
     for (size_t at = 0; at < frames; at += static_cast<size_t>(blockSize_)) {
@@ -81,32 +80,6 @@ AudioData RenderSession::render(const AudioData& input, double minimumTail)
     return output;
 }
 
-AudioData RenderSession::renderImpulse()
-{
-    constexpr float kSilent = 1e-5f; // -100 dB
-    const size_t quiet = static_cast<size_t>(0.5 * sampleRate_);
-    const size_t longest = static_cast<size_t>(90.0 * sampleRate_);
-    const size_t block = static_cast<size_t>(blockSize_);
-
-    AudioData output;
-    output.sampleRate = sampleRate_;
-    output.channels.assign(2, {});
-    std::vector<float> in(block, 0.0f), outLeft(block), outRight(block);
-    in[0] = 1.0f;
-    size_t quietRun = 0;
-    for (size_t at = 0; at < longest && (quietRun < quiet || at < static_cast<size_t>(tailLength())); at += block) {
-        float* inputs[2] = {in.data(), in.data()};
-        float* outputs[2] = {outLeft.data(), outRight.data()};
-        processBlock(inputs, outputs, blockSize_);
-        in[0] = 0.0f;
-        for (size_t i = 0; i < block; ++i) {
-            const bool silent = std::fabs(outLeft[i]) < kSilent && std::fabs(outRight[i]) < kSilent;
-            quietRun = silent ? quietRun + 1 : 0;
-        }
-        output.channels[0].insert(output.channels[0].end(), outLeft.begin(), outLeft.end());
-        output.channels[1].insert(output.channels[1].end(), outRight.begin(), outRight.end());
-    }
-    return output;
-}
+ZAudioData RenderSession::renderImpulse() { return *RenderImpulseResponse(*target_, sampleRate_, blockSize_); }
 
 } // namespace halvern::tools

@@ -4,7 +4,7 @@
 // sets parameters, prepares processing, then feeds the audio block by block and lets
 // the reverb ring out.
 
-#include "tools/audio_file.h"
+#include "audio_import/audio_data.h"
 #include "tools/render_target.h"
 
 #include <memory>
@@ -33,11 +33,11 @@ public:
     void start();
     // Processes the input followed by the reverb's tail (at least minimumTail seconds of
     // it); mono input feeds both channels.
-    AudioData render(const AudioData& input, double minimumTail = 0.0);
+    ZAudioData render(const ZAudioData& input, double minimumTail = 0.0);
     // The response to a unit impulse on both channels, rendered until it has died away
     // (half a second below -100 dB) or a minute and a half has passed: long enough to
     // measure its decay whatever the plug-in reports as its tail.
-    AudioData renderImpulse();
+    ZAudioData renderImpulse();
 
     // The built-in core; only for sessions made without a plug-in library.
     ZAudioEffectPluginToAudioPluginAdapter& core();

@@ -5,14 +5,15 @@
 // the same way: rate and block length, parameters by key or index, then prepare, then
 // stereo blocks.
 
+#include "analysis/impulse_render.h"
+
 #include <string>
 
 namespace halvern::tools {
 
-class RenderTarget {
+// The processing itself is the block processor's: process and tailLength.
+class RenderTarget : public ZBlockProcessor {
 public:
-    virtual ~RenderTarget() = default;
-
     virtual int parameterCount() = 0;
     // The parameter's storage key ("ReverbTime"), the name a user types after --set.
     virtual std::string parameterKey(int index) = 0;
@@ -25,10 +26,6 @@ public:
     virtual void setup(double sampleRate, int maxBlock) = 0;
     // Prepares processing; called after the parameters are set.
     virtual void start() = 0;
-    // One stereo block; inputs and outputs are distinct buffers of n samples.
-    virtual void process(float* const* inputs, float* const* outputs, int n) = 0;
-    // The tail the plug-in reports, in samples.
-    virtual int tailLength() = 0;
 };
 
 } // namespace halvern::tools

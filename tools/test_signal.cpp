@@ -6,10 +6,10 @@
 
 namespace halvern::tools {
 
-AudioData MakeTestSignal(double sampleRate, double seconds)
+ZAudioData MakeTestSignal(double sampleRate, double seconds)
 {
     const size_t frames = static_cast<size_t>(sampleRate * seconds);
-    AudioData audio;
+    ZAudioData audio;
     audio.sampleRate = sampleRate;
     audio.channels.assign(2, std::vector<float>(frames, 0.0f));
     std::mt19937 noise(1234);

@@ -135,6 +135,7 @@ void ZUIRoot::MouseUp(const ZMouseEvent& event)
     setHovered(hitTest(event.position, outside));
     updateCursor();
     destroyDisposed();
+    interactionEnded();
 }
 
 void ZUIRoot::MouseLeft()
@@ -155,6 +156,7 @@ void ZUIRoot::Wheel(const ZWheelEvent& event)
         if (view->visible() && view->OnWheel(event))
             break;
     destroyDisposed();
+    interactionEnded();
 }
 
 bool ZUIRoot::Key(const ZKeyEvent& event)
@@ -164,8 +166,17 @@ bool ZUIRoot::Key(const ZKeyEvent& event)
     for (auto it = overlays_.rbegin(); !taken && it != overlays_.rend(); ++it)
         if (it->get() != tooltip_)
             taken = (*it)->OnKey(event);
+    if (!taken && shortcutHandler_)
+        taken = shortcutHandler_(event);
     destroyDisposed();
+    interactionEnded();
     return taken;
+}
+
+void ZUIRoot::interactionEnded()
+{
+    if (interactionListener_)
+        interactionListener_();
 }
 
 void ZUIRoot::CancelInteraction()

@@ -91,6 +91,11 @@ public:
     using TooltipFactory = std::function<std::unique_ptr<ZView>(const std::string& help, ZPoint at, const ZUIRoot&)>;
     void SetTooltipFactory(TooltipFactory factory) { tooltipFactory_ = std::move(factory); }
     static constexpr double kTooltipDelay = 0.6; // seconds of rest before a tooltip shows
+    // Called after every button release, wheel turn and key press that the user makes:
+    // whatever the user changed, the change is complete then.
+    void SetInteractionListener(std::function<void()> listener) { interactionListener_ = std::move(listener); }
+    // Offered every key that neither the focused view nor an overlay took (shortcuts).
+    void SetShortcutHandler(std::function<bool(const ZKeyEvent&)> handler) { shortcutHandler_ = std::move(handler); }
 
     // Called by views being destroyed, so the root forgets them.
     void Forget(ZView* view);
@@ -136,6 +141,10 @@ private:
     ZCursor cursor_ = ZCursor::Arrow;
     std::function<void(const std::string&)> helpListener_;
     TooltipFactory tooltipFactory_;
+    std::function<void()> interactionListener_;
+    std::function<bool(const ZKeyEvent&)> shortcutHandler_;
+
+    void interactionEnded();
 };
 
 } // namespace halvern

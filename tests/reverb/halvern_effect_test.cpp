@@ -1,7 +1,7 @@
+#include "analysis/impulse_analysis.h"
 #include "modulation/audio_effect_plugin_to_audio_plugin_adapter.h"
 #include "reverb/halvern_audio_effect_plugin.h"
 #include "reverb/reverb_mix.h"
-#include "tools/impulse_analysis.h"
 #include "tools/render_session.h"
 
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@
 namespace halvern {
 namespace {
 
-using tools::AudioData;
+using AudioData = ZAudioData;
 using tools::RenderSession;
 
 TEST(ReverbParameters, RecordsTextsAndEntryRules)
@@ -120,7 +120,7 @@ TEST(ReverbEffect, DryOnlyPassesTheInputAndEarlyReflectionsStartAtThePredelay)
 
 double broadbandDecay(const AudioData& response)
 {
-    return tools::AnalyseImpulseResponse(response).broadband.decay.seconds;
+    return AnalyseImpulseResponse(response).broadband.decay.seconds;
 }
 
 TEST(ReverbEffect, MeasuredDecayGrowsWithReverbTimeInEveryMode)
@@ -180,7 +180,7 @@ TEST(ReverbEffect, HostsAreToldATailThatCoversTheResponseDownTo120Db)
 
 TEST(ReverbEffect, DefaultDampeningShortensTheLowestAndHighestBands)
 {
-    const auto report = tools::AnalyseImpulseResponse(
+    const auto report = AnalyseImpulseResponse(
         impulseResponse(48000.0, {{"ReverbDepth", "100"}, {"Reverbation", "100"}, {"ReverbTime", "3000"}, {"Modulation", "0"}}));
     auto band = [&](double centre) {
         for (const auto& b : report.bands)

@@ -1,8 +1,8 @@
+#include "analysis/impulse_analysis.h"
 #include "host/library_module.h"
 #include "presets/factory_presets.h"
 #include "reverb/halvern_audio_effect_plugin.h"
 #include "state/preset_owners.h"
-#include "tools/impulse_analysis.h"
 #include "tools/render_session.h"
 
 #include <gtest/gtest.h>
@@ -72,7 +72,7 @@ TEST_P(FactoryPresetTest, LoadsAsWrittenAndDecaysInItsReverbTime)
     }
 
     session.start();
-    const tools::AudioData response = session.renderImpulse();
+    const ZAudioData response = session.renderImpulse();
     size_t lastSound = 0;
     for (const std::vector<float>& channel : response.channels)
         for (size_t n = 0; n < channel.size(); ++n) {
@@ -86,8 +86,8 @@ TEST_P(FactoryPresetTest, LoadsAsWrittenAndDecaysInItsReverbTime)
         EXPECT_LT(static_cast<double>(lastSound) / kSampleRate, 0.5 * settings.reverbTime);
         return;
     }
-    const tools::DecayTime decay = tools::AnalyseImpulseResponse(response).broadband.decay;
-    ASSERT_NE(decay.method, tools::DecayMethod::NotMeasurable);
+    const ZDecayTime decay = AnalyseImpulseResponse(response).broadband.decay;
+    ASSERT_NE(decay.method, ZDecayMethod::NotMeasurable);
     if (settings.lowDamp == 0.0 && settings.highDamp == 0.0) {
         EXPECT_NEAR(decay.seconds / settings.reverbTime, 1.0, 0.15)
             << "measured " << decay.seconds << " s for a reverb time of " << settings.reverbTime << " s";

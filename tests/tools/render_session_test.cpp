@@ -13,7 +13,7 @@ namespace {
 
 TEST(RenderSession, PluginLibraryRendersTheSameAsTheBuiltInCore)
 {
-    const AudioData input = MakeTestSignal(44100.0, 0.5);
+    const ZAudioData input = MakeTestSignal(44100.0, 0.5);
     auto renderThrough = [&](RenderSession session) {
         session.setByKey("ReverbTime", "1500");
         session.setByKey("ReverbMode", "Mode 3");

@@ -1,4 +1,4 @@
-#include "tools/impulse_analysis.h"
+#include "analysis/impulse_analysis.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,7 +7,7 @@
 #include <numbers>
 #include <numeric>
 
-namespace halvern::tools {
+namespace halvern {
 
 namespace {
 
@@ -43,7 +43,7 @@ ZBiquad::Coefficients sectionFor(std::complex<double> analogPole, double twiceRa
 // ---- energy decay ----------------------------------------------------------------------
 
 // The squared response summed over channels, optionally through an octave filter.
-std::vector<double> squaredSum(const AudioData& response, const std::optional<OctaveBandFilter>& filter)
+std::vector<double> squaredSum(const ZAudioData& response, const std::optional<ZOctaveBandFilter>& filter)
 {
     std::vector<double> energy(response.frames(), 0.0);
     for (const auto& channel : response.channels) {
@@ -189,15 +189,15 @@ std::optional<double> decayBetween(const std::vector<double>& curveDb, double to
     return -60.0 / line.slope;
 }
 
-DecayTime measureDecay(const std::vector<double>& remaining, size_t trusted, double sampleRate)
+ZDecayTime measureDecay(const std::vector<double>& remaining, size_t trusted, double sampleRate)
 {
     std::vector<double> curveDb(std::min(trusted, remaining.size()));
     for (size_t n = 0; n < curveDb.size(); ++n)
         curveDb[n] = toDb(remaining[n] / remaining.front());
     if (const auto t30 = decayBetween(curveDb, -5.0, -35.0, sampleRate))
-        return {DecayMethod::T30, *t30};
+        return {ZDecayMethod::T30, *t30};
     if (const auto t20 = decayBetween(curveDb, -5.0, -25.0, sampleRate))
-        return {DecayMethod::T20, *t20};
+        return {ZDecayMethod::T20, *t20};
     return {};
 }
 
@@ -221,10 +221,10 @@ std::optional<double> earlyToLateDb(const std::vector<double>& energy, const std
     return toDb(early / late);
 }
 
-BandAnalysis analyseEnergy(double centreHz, const std::vector<double>& energy, double sampleRate,
+ZBandAnalysis analyseEnergy(double centreHz, const std::vector<double>& energy, double sampleRate,
                            double blockSeconds)
 {
-    BandAnalysis band{centreHz, true, {}, std::nullopt};
+    ZBandAnalysis band{centreHz, true, {}, std::nullopt};
     const size_t blockLength = std::max<size_t>(1, static_cast<size_t>(std::lround(blockSeconds * sampleRate)));
     const Truncation truncation = findTruncation(energy, blockLength);
     const std::vector<double> remaining = backwardIntegral(energy, truncation);
@@ -251,17 +251,17 @@ std::string bandLabel(double centreHz)
     return text;
 }
 
-const char* methodName(DecayMethod method)
+const char* methodName(ZDecayMethod method)
 {
     switch (method) {
-    case DecayMethod::T30: return "T30";
-    case DecayMethod::T20: return "T20";
-    case DecayMethod::NotMeasurable: break;
+    case ZDecayMethod::T30: return "T30";
+    case ZDecayMethod::T20: return "T20";
+    case ZDecayMethod::NotMeasurable: break;
     }
     return "-";
 }
 
-std::string formatLine(const BandAnalysis& band)
+std::string formatLine(const ZBandAnalysis& band)
 {
     char line[96];
     if (!band.available) {
@@ -270,7 +270,7 @@ std::string formatLine(const BandAnalysis& band)
     }
     char decay[16] = "-";
     char ratio[16] = "-";
-    if (band.decay.method != DecayMethod::NotMeasurable)
+    if (band.decay.method != ZDecayMethod::NotMeasurable)
         std::snprintf(decay, sizeof decay, "%.3f", band.decay.seconds);
     if (band.earlyToLateDb)
         std::snprintf(ratio, sizeof ratio, "%+.1f", *band.earlyToLateDb);
@@ -281,7 +281,7 @@ std::string formatLine(const BandAnalysis& band)
 
 } // namespace
 
-OctaveBandFilter::OctaveBandFilter(double sampleRate, double centreHz)
+ZOctaveBandFilter::ZOctaveBandFilter(double sampleRate, double centreHz)
 {
     const double twiceRate = 2.0 * sampleRate;
     const auto prewarp = [&](double hz) { return twiceRate * std::tan(std::numbers::pi * hz / sampleRate); };
@@ -304,7 +304,7 @@ OctaveBandFilter::OctaveBandFilter(double sampleRate, double centreHz)
     }
 }
 
-std::vector<double> OctaveBandFilter::apply(std::span<const float> input) const
+std::vector<double> ZOctaveBandFilter::apply(std::span<const float> input) const
 {
     std::array<ZBiquad, 3> filters;
     for (size_t k = 0; k < filters.size(); ++k)
@@ -321,7 +321,7 @@ bool OctaveBandAvailable(double sampleRate, double centreHz)
     return centreHz * std::numbers::sqrt2 < 0.45 * sampleRate;
 }
 
-ImpulseReport AnalyseImpulseResponse(const AudioData& response)
+ZImpulseReport AnalyseImpulseResponse(const ZAudioData& response)
 {
     const double rate = response.sampleRate;
     const std::vector<double> broadband = squaredSum(response, std::nullopt);
@@ -329,27 +329,41 @@ ImpulseReport AnalyseImpulseResponse(const AudioData& response)
     // filters' anti-denormal offset leaves a faint transient even in silence.
     const bool silent = std::none_of(broadband.begin(), broadband.end(), [](double e) { return e > 0.0; });
 
-    ImpulseReport report;
-    report.broadband = silent ? BandAnalysis{0.0, true, {}, std::nullopt}
+    ZImpulseReport report;
+    report.broadband = silent ? ZBandAnalysis{0.0, true, {}, std::nullopt}
                               : analyseEnergy(0.0, broadband, rate, kBlockSeconds);
     for (double centre : kOctaveBandCentres) {
-        BandAnalysis band{centre, OctaveBandAvailable(rate, centre), {}, std::nullopt};
+        ZBandAnalysis band{centre, OctaveBandAvailable(rate, centre), {}, std::nullopt};
         if (band.available && !silent)
-            band = analyseEnergy(centre, squaredSum(response, OctaveBandFilter(rate, centre)), rate,
+            band = analyseEnergy(centre, squaredSum(response, ZOctaveBandFilter(rate, centre)), rate,
                                  blockSecondsFor(centre));
         report.bands.push_back(band);
     }
     return report;
 }
 
-std::string FormatImpulseReport(const ImpulseReport& report)
+std::string FormatImpulseReport(const ZImpulseReport& report)
 {
     char header[96];
     std::snprintf(header, sizeof header, "%-10s %10s  %-6s %16s\n", "Band", "Decay (s)", "Method", "Early/late (dB)");
     std::string text = header;
-    for (const BandAnalysis& band : report.bands)
+    for (const ZBandAnalysis& band : report.bands)
         text += formatLine(band);
     return text + formatLine(report.broadband);
 }
 
-} // namespace halvern::tools
+ZLevelEnvelope MeasureLevelEnvelope(const ZAudioData& response, double stepSeconds)
+{
+    ZLevelEnvelope envelope{stepSeconds, {}};
+    const std::vector<double> energy = squaredSum(response, std::nullopt);
+    if (std::none_of(energy.begin(), energy.end(), [](double e) { return e > 0.0; }))
+        return envelope;
+    const size_t step = std::max<size_t>(1, static_cast<size_t>(std::lround(stepSeconds * response.sampleRate)));
+    envelope.levelsDb = blockLevelsDb(energy, step);
+    const double loudest = *std::max_element(envelope.levelsDb.begin(), envelope.levelsDb.end());
+    for (double& level : envelope.levelsDb)
+        level -= loudest;
+    return envelope;
+}
+
+} // namespace halvern

@@ -1,4 +1,4 @@
-#include "tools/impulse_analysis.h"
+#include "analysis/impulse_analysis.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <numeric>
 #include <random>
 
-namespace halvern::tools {
+namespace halvern {
 namespace {
 
 constexpr double kRate = 48000.0;
@@ -33,7 +33,7 @@ double octaveGainDb(double probeHz)
     std::vector<float> sine(96000);
     for (size_t n = 0; n < sine.size(); ++n)
         sine[n] = static_cast<float>(std::sin(2.0 * std::numbers::pi * probeHz * n / kRate));
-    const std::vector<double> out = OctaveBandFilter(kRate, 1000.0).apply(sine);
+    const std::vector<double> out = ZOctaveBandFilter(kRate, 1000.0).apply(sine);
     const double power = std::inner_product(out.begin() + 48000, out.end(), out.begin() + 48000, 0.0) / 48000.0;
     return 10.0 * std::log10(2.0 * power);
 }
@@ -57,7 +57,7 @@ TEST(ImpulseAnalysis, ExponentialNoiseDecayInEveryBand)
     for (double decay : {0.5, 2.0}) {
         std::vector<double> mean(kOctaveBandCentres.size() + 1, 0.0); // the bands, then broadband
         for (unsigned seed = 0; seed < 16; seed += 2) {
-            const ImpulseReport report = AnalyseImpulseResponse(
+            const ZImpulseReport report = AnalyseImpulseResponse(
                 {kRate, {decayingNoise(1.5 * decay, decay, seed), decayingNoise(1.5 * decay, decay, seed + 1)}});
             for (size_t b = 0; b < mean.size(); ++b)
                 mean[b] += (b < report.bands.size() ? report.bands[b] : report.broadband).decay.seconds / 8.0;
@@ -82,7 +82,7 @@ TEST(ImpulseAnalysis, LowAndHighDecaysLandInTheirBands)
         for (size_t n = 0; n < slow.size(); ++n)
             channels.back()[n] = static_cast<float>(low.process(slow[n]) + high.process(fast[n]));
     }
-    const std::vector<BandAnalysis> bands = AnalyseImpulseResponse({kRate, channels}).bands;
+    const std::vector<ZBandAnalysis> bands = AnalyseImpulseResponse({kRate, channels}).bands;
     for (size_t b : {0, 1, 2})
         EXPECT_NEAR(bands[b].decay.seconds, 2.0, 0.2) << bands[b].centreHz;
     for (size_t b : {5, 6})
@@ -118,14 +118,14 @@ TEST(ImpulseAnalysis, DynamicRangeDecidesTheMethod)
     // T20 35 dB. Cut off while still decaying, without noise: T30 needs the cut below
     // -35 dB, T20 below -25 dB. Broadband decay times scatter by 0.5 %, so the tolerances
     // show noise left in the integral (+1.5 to +2.5 %) or a cut-off tail taken for noise.
-    struct Case { double seconds, floorDb; DecayMethod method; double tolerance; };
-    for (const Case c : {Case{3.0, -50.0, DecayMethod::T30, 0.01}, Case{3.0, -40.0, DecayMethod::T20, 0.015},
-                         Case{3.0, -28.0, DecayMethod::NotMeasurable, 0.0},
-                         Case{0.7, -300.0, DecayMethod::T30, 0.01}, Case{0.5, -300.0, DecayMethod::T20, 0.015}}) {
-        const AudioData noisy{kRate, {decayingNoise(c.seconds, 1.0, 6, c.floorDb)}};
-        const DecayTime decay = AnalyseImpulseResponse(noisy).broadband.decay;
+    struct Case { double seconds, floorDb; ZDecayMethod method; double tolerance; };
+    for (const Case c : {Case{3.0, -50.0, ZDecayMethod::T30, 0.01}, Case{3.0, -40.0, ZDecayMethod::T20, 0.015},
+                         Case{3.0, -28.0, ZDecayMethod::NotMeasurable, 0.0},
+                         Case{0.7, -300.0, ZDecayMethod::T30, 0.01}, Case{0.5, -300.0, ZDecayMethod::T20, 0.015}}) {
+        const ZAudioData noisy{kRate, {decayingNoise(c.seconds, 1.0, 6, c.floorDb)}};
+        const ZDecayTime decay = AnalyseImpulseResponse(noisy).broadband.decay;
         EXPECT_EQ(decay.method, c.method) << c.seconds << " s, floor " << c.floorDb;
-        EXPECT_NEAR(decay.seconds, c.method == DecayMethod::NotMeasurable ? 0.0 : 1.0, c.tolerance) << c.seconds;
+        EXPECT_NEAR(decay.seconds, c.method == ZDecayMethod::NotMeasurable ? 0.0 : 1.0, c.tolerance) << c.seconds;
     }
 }
 
@@ -133,10 +133,10 @@ TEST(ImpulseAnalysis, SilenceAndBandsPastNyquistInTheTable)
 {
     // At 22.05 kHz the 8 kHz band's upper edge (11.3 kHz) is past 0.45 fs; silence has
     // nothing to measure in any band.
-    const ImpulseReport report = AnalyseImpulseResponse({22050.0, {std::vector<float>(22050, 0.0f)}});
-    for (const BandAnalysis& band : report.bands) {
+    const ZImpulseReport report = AnalyseImpulseResponse({22050.0, {std::vector<float>(22050, 0.0f)}});
+    for (const ZBandAnalysis& band : report.bands) {
         EXPECT_EQ(band.available, band.centreHz < 8000.0) << band.centreHz;
-        EXPECT_EQ(band.decay.method, DecayMethod::NotMeasurable) << band.centreHz;
+        EXPECT_EQ(band.decay.method, ZDecayMethod::NotMeasurable) << band.centreHz;
     }
     const std::string text = FormatImpulseReport(report);
     EXPECT_NE(text.find("\n8 kHz      unavailable\n"), std::string::npos) << text;
@@ -144,4 +144,4 @@ TEST(ImpulseAnalysis, SilenceAndBandsPastNyquistInTheTable)
 }
 
 } // namespace
-} // namespace halvern::tools
+} // namespace halvern

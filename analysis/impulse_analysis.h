@@ -9,7 +9,7 @@
 // response rather than one per channel.
 
 #include "core/biquad.h"
-#include "tools/audio_file.h"
+#include "audio_import/audio_data.h"
 
 #include <array>
 #include <optional>
@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-namespace halvern::tools {
+namespace halvern {
 
 // A sixth-order Butterworth band-pass one octave wide (edges at centre / sqrt 2 and
 // centre * sqrt 2), made by the low-pass to band-pass transform of the third-order
@@ -27,9 +27,9 @@ namespace halvern::tools {
 // ahead of the direct sound and move the onset the early-to-late ratio counts from. Its
 // own ringing falls by 60 dB in about 8 / centre seconds (65 ms at 125 Hz), so decays
 // well above that are measured unbiased.
-class OctaveBandFilter {
+class ZOctaveBandFilter {
 public:
-    OctaveBandFilter(double sampleRate, double centreHz);
+    ZOctaveBandFilter(double sampleRate, double centreHz);
 
     // The filtered signal, starting from rest; the filter itself keeps no state.
     std::vector<double> apply(std::span<const float> input) const;
@@ -38,25 +38,25 @@ private:
     std::array<ZBiquad::Coefficients, 3> sections_;
 };
 
-enum class DecayMethod { T30, T20, NotMeasurable };
+enum class ZDecayMethod { T30, T20, NotMeasurable };
 
-struct DecayTime {
-    DecayMethod method = DecayMethod::NotMeasurable;
+struct ZDecayTime {
+    ZDecayMethod method = ZDecayMethod::NotMeasurable;
     double seconds = 0.0; // the time to decay by 60 dB; 0 when not measurable
 };
 
-struct BandAnalysis {
+struct ZBandAnalysis {
     double centreHz = 0.0;  // 0 for the broadband line
     bool available = false; // false when the band reaches too close to Nyquist
-    DecayTime decay;
+    ZDecayTime decay;
     // Energy in the first 80 ms after the direct sound over the energy after it, in dB;
     // empty when either part holds no energy.
     std::optional<double> earlyToLateDb;
 };
 
-struct ImpulseReport {
-    std::vector<BandAnalysis> bands; // 125 Hz .. 8 kHz, in ascending order
-    BandAnalysis broadband;
+struct ZImpulseReport {
+    std::vector<ZBandAnalysis> bands; // 125 Hz .. 8 kHz, in ascending order
+    ZBandAnalysis broadband;
 };
 
 // Centre frequencies of the analysed octave bands.
@@ -74,10 +74,18 @@ bool OctaveBandAvailable(double sampleRate, double centreHz);
 // before reaching any noise is integrated to its end, with the same tail added. T30 fits
 // -5 .. -35 dB, T20 -5 .. -25 dB. The direct sound is the first sample within 20 dB of
 // the peak.
-ImpulseReport AnalyseImpulseResponse(const AudioData& response);
+ZImpulseReport AnalyseImpulseResponse(const ZAudioData& response);
 
 // A short text table: one line per band and a broadband line, each with the decay time,
 // the method that measured it and the early-to-late ratio.
-std::string FormatImpulseReport(const ImpulseReport& report);
+std::string FormatImpulseReport(const ZImpulseReport& report);
 
-} // namespace halvern::tools
+// The broadband level over time, for drawing: the mean of the channels' summed squared
+// samples in consecutive steps, in dB below the loudest step (which is 0 dB).
+struct ZLevelEnvelope {
+    double stepSeconds = 0.0;
+    std::vector<double> levelsDb; // empty for a silent response
+};
+ZLevelEnvelope MeasureLevelEnvelope(const ZAudioData& response, double stepSeconds = 0.005);
+
+} // namespace halvern

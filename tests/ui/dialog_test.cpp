@@ -1,0 +1,156 @@
+#include "ui/dialog.h"
+#include "ui/file_chooser.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <string>
+
+#include <unistd.h>
+
+namespace halvern {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct DialogRoot {
+    ZTheme theme = ZTheme::Default();
+    ZUIRoot root{1200, 800, 1.0, theme};
+    double now = 0.0;
+
+    DialogRoot() { root.SetContent(std::make_unique<ZView>()); }
+    void Tick()
+    {
+        root.Tick(now += 1.0 / 60.0);
+        root.Paint();
+    }
+    void ClickAt(ZPoint at, int clicks = 1)
+    {
+        for (int count = 1; count <= clicks; ++count) {
+            root.MouseMove({at});
+            root.MouseDown({at, ZMouseButton::Left, kModifierNone, count});
+            root.MouseUp({at});
+        }
+        Tick();
+    }
+    ZView& Find(const std::string& name)
+    {
+        ZView* found = TopDialog(root) != nullptr ? TopDialog(root)->FindByName(name) : nullptr;
+        if (found == nullptr)
+            throw std::runtime_error("no view named " + name + " in the top dialog");
+        return *found;
+    }
+    void Click(const std::string& name) { ClickAt(Find(name).bounds().center()); }
+    void Press(ZKey key, const std::string& text = {})
+    {
+        ZKeyEvent event;
+        event.key = key;
+        event.text = text;
+        root.Key(event);
+        Tick();
+    }
+    void Type(const std::string& text) { Press(ZKey::Character, text); }
+};
+
+TEST(Dialog, PromptAndQuestionAnswerByKeysAndButtonsAndIgnoreClicksBeside)
+{
+    DialogRoot ui;
+    std::optional<std::string> accepted;
+    ZPromptDialog* prompt = ShowPrompt(ui.root, "Name", "Enter a name", "Old", [&](std::string text) { accepted = text; });
+    ui.Tick();
+    EXPECT_EQ(ui.root.focused(), &prompt->field());
+    EXPECT_EQ(prompt->field().SelectedText(), "Old") << "the text is selected, so typing replaces it";
+    ui.ClickAt({5, 5}); // beside the panel
+    ASSERT_EQ(TopDialog(ui.root), prompt);
+    EXPECT_TRUE(prompt->PanelRect().contains(prompt->field().bounds()));
+    ui.root.SetFocus(&prompt->field());
+    ui.Type("New name");
+    ui.Press(ZKey::Enter);
+    EXPECT_EQ(accepted, "New name");
+    EXPECT_EQ(TopDialog(ui.root), nullptr);
+
+    accepted.reset();
+    ShowPrompt(ui.root, "Name", "", "Kept", [&](std::string text) { accepted = text; });
+    ui.Type("x");
+    ui.Press(ZKey::Escape);
+    EXPECT_FALSE(accepted.has_value());
+    EXPECT_FALSE(ui.root.HasOverlays());
+    ShowPrompt(ui.root, "Name", "", "Kept", [&](std::string text) { accepted = text; });
+    ui.Type("edited");
+    ui.Click("Cancel"); // the field loses the focus on the way: that must not accept
+    EXPECT_FALSE(accepted.has_value());
+
+    int chosen = -2;
+    const auto ask = [&] {
+        ShowQuestion(ui.root, "Question", std::string(400, 'w') + " and a long\n\nsecond paragraph",
+                     {"Yes", "No", "Cancel"}, [&](int index) { chosen = index; });
+        ui.Tick();
+    };
+    ask();
+    ui.Press(ZKey::Enter);
+    EXPECT_EQ(chosen, 0);
+    ask();
+    ui.Press(ZKey::Escape);
+    EXPECT_EQ(chosen, 2);
+    ask();
+    ZDialog* question = TopDialog(ui.root);
+    EXPECT_TRUE(question->PanelRect().contains(ui.Find("No").bounds()));
+    ui.Click("No");
+    EXPECT_EQ(chosen, 1);
+    EXPECT_FALSE(ui.root.HasOverlays());
+}
+
+TEST(Dialog, FileChooserEntersFoldersFiltersAndChoosesOrSaves)
+{
+    const fs::path folder = fs::temp_directory_path() / ("halvern_chooser_" + std::to_string(::getpid()));
+    fs::remove_all(folder);
+    fs::create_directories(folder / "sub");
+    for (const char* name : {"b.WAV", "a.flac", "notes.txt", ".hidden.wav"})
+        std::ofstream(folder / "sub" / name) << "x";
+
+    DialogRoot ui;
+    std::optional<std::string> chosen;
+    ZFileChooserOptions options;
+    options.folder = folder.string();
+    options.extensions = {"wav", "flac"};
+    ZFileChooser* chooser = ShowFileChooser(ui.root, options, [&](std::string path) { chosen = path; });
+    ui.Tick();
+    EXPECT_EQ(chooser->list().rows(), (std::vector<std::string>{"..", "sub/"}));
+    ui.ClickAt(chooser->list().RowRect(chooser->RowOf("sub")).center(), 2);
+    EXPECT_EQ(chooser->folder(), (folder / "sub").string());
+    EXPECT_EQ(chooser->list().rows(), (std::vector<std::string>{"..", "a.flac", "b.WAV"}));
+
+    EXPECT_FALSE(chooser->EnterFolder((folder / "missing").string()));
+    EXPECT_EQ(chooser->folder(), (folder / "sub").string()) << "the folder shown before stays";
+    ASSERT_NE(TopDialog(ui.root), chooser) << "a message tells why";
+    ui.Press(ZKey::Enter);
+    ASSERT_EQ(TopDialog(ui.root), chooser);
+
+    ui.ClickAt(chooser->list().RowRect(chooser->RowOf("b.WAV")).center());
+    EXPECT_EQ(chooser->nameField().Text(), "b.WAV");
+    ui.Press(ZKey::Enter);
+    EXPECT_EQ(chosen, (folder / "sub" / "b.WAV").string());
+    EXPECT_FALSE(ui.root.HasOverlays());
+
+    // Saving: a name without extension gets the first one; a file that exists is asked about.
+    options.save = true;
+    options.name = "take";
+    options.extensions = {"flac", "wav"};
+    chosen.reset();
+    chooser = ShowFileChooser(ui.root, options, [&](std::string path) { chosen = path; });
+    ui.Type("sub/a");
+    ui.Press(ZKey::Enter);
+    ASSERT_NE(TopDialog(ui.root), chooser);
+    ui.Press(ZKey::Escape); // keeps the file
+    EXPECT_FALSE(chosen.has_value());
+    ASSERT_EQ(TopDialog(ui.root), chooser);
+    ui.Press(ZKey::Enter);
+    ui.Click("Replace");
+    EXPECT_EQ(chosen, (folder / "sub" / "a.flac").string());
+    fs::remove_all(folder);
+}
+
+} // namespace
+} // namespace halvern
