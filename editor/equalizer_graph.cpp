@@ -49,6 +49,8 @@ ZEqualizerGraph::ZEqualizerGraph(std::shared_ptr<ZEqualizerModel> model)
     : model_(std::move(model)), incoming_(analyser_.size())
 {
     SetName("EqualizerGraph");
+    // Whatever an earlier analyser left unread is stale.
+    model_->effect().ReadWetSamples(incoming_.data(), incoming_.size());
     model_->effect().SetWetAnalysis(true);
 }
 

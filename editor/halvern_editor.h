@@ -15,7 +15,7 @@ class ZUIRoot;
 
 // The editor's natural size in logical units (scale 1).
 inline constexpr double kHalvernEditorWidth = 1200.0;
-inline constexpr double kHalvernEditorHeight = 836.0;
+inline constexpr double kHalvernEditorHeight = 840.0;
 
 // The editor of a Halvern core, as the core's editor factory.
 std::unique_ptr<ZPluginEditor> CreateHalvernEditor(ZAudioPlugin& core, ZEditorHost& host);

@@ -15,8 +15,10 @@ constexpr int kRangeSamples = 16; // modulator outputs sampled across -1..1 to f
 } // namespace
 
 ZModulatorArea::ZModulatorArea(ZModulatorEditorContext& context, PageBuilder buildPage, MenuOpener openMenu,
+                               PresetsOpener openPresets,
                                std::function<std::unique_ptr<ZView>(int32_t, const std::string&)> control)
-    : context_(context), buildPage_(std::move(buildPage)), openMenu_(std::move(openMenu))
+    : context_(context), buildPage_(std::move(buildPage)), openMenu_(std::move(openMenu)),
+      openPresets_(std::move(openPresets))
 {
     SetName("ModulatorArea");
     buildOverview(control);
@@ -27,6 +29,12 @@ ZModulatorArea::ZModulatorArea(ZModulatorEditorContext& context, PageBuilder bui
             openMenu_(selection_, menu_->bounds());
     }));
     menu_->SetName("ModulatorMenu");
+    presets_ = AddChild(std::make_unique<ZButton>("Presets", [this] {
+        if (openPresets_)
+            openPresets_(selection_);
+    }));
+    presets_->SetName("ModulatorPresets");
+    presets_->SetHelpText("Opens this modulator's presets: load, save, rename, sort into folders, export and import.");
     Select({});
 }
 
@@ -104,6 +112,7 @@ void ZModulatorArea::Select(ZModulatorSelection selection)
     const bool modulator = selection_.kind == ZModulatorSelection::Kind::LFO ||
                            selection_.kind == ZModulatorSelection::Kind::MultiParameter;
     menu_->SetVisible(open && modulator);
+    presets_->SetVisible(open && modulator);
     for (size_t i = 0; i < multiParameters_->body().children().size(); ++i)
         static_cast<ZMultiParameterStrip*>(multiParameters_->body().children()[i].get())
             ->SetSelected(selection_ == ZModulatorSelection{ZModulatorSelection::Kind::MultiParameter, static_cast<int>(i)});
@@ -155,6 +164,7 @@ void ZModulatorArea::Layout()
     const double buttonWidth = 64.0, buttonHeight = kTitleHeight - 8;
     back_->SetBounds({b.right() - buttonWidth - 6, b.y + 4, buttonWidth, buttonHeight});
     menu_->SetBounds({b.right() - 2 * buttonWidth - 12, b.y + 4, buttonWidth, buttonHeight});
+    presets_->SetBounds({b.right() - 3 * buttonWidth - 18, b.y + 4, buttonWidth, buttonHeight});
     if (page_ != nullptr)
         page_->SetBounds({b.x, b.y + kTitleHeight, b.width, b.height - kTitleHeight});
 }

@@ -23,10 +23,13 @@ class ZModulatorArea : public ZView {
 public:
     using PageBuilder = std::function<std::unique_ptr<ZView>(ZModulatorSelection)>;
     using MenuOpener = std::function<void(ZModulatorSelection, ZRect anchor)>;
+    using PresetsOpener = std::function<void(ZModulatorSelection)>;
     static constexpr double kTitleHeight = 30.0;
 
     // control builds a control for a host parameter (with a label, when given).
+    // openPresets shows the preset window of the modulator whose page is open.
     ZModulatorArea(ZModulatorEditorContext& context, PageBuilder buildPage, MenuOpener openMenu,
+                   PresetsOpener openPresets,
                    std::function<std::unique_ptr<ZView>(int32_t index, const std::string& label)> control);
 
     void Select(ZModulatorSelection selection);
@@ -48,6 +51,7 @@ private:
     ZModulatorEditorContext& context_;
     PageBuilder buildPage_;
     MenuOpener openMenu_;
+    PresetsOpener openPresets_;
     ZModulatorSelection selection_;
     ZView* overview_ = nullptr;
     ZPanel* multiParameters_ = nullptr;
@@ -55,6 +59,7 @@ private:
     ZView* page_ = nullptr;
     ZButton* back_ = nullptr;
     ZButton* menu_ = nullptr;
+    ZButton* presets_ = nullptr;
     std::string title_;
 };
 

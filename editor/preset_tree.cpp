@@ -140,7 +140,7 @@ void ZPresetTree::paintRow(ZCanvas& canvas, int row)
     }
     ZTextStyle style = node.kind == ZPresetNode::Kind::Branch ? theme.Title() : theme.Text();
     if (node.current) {
-        style = theme.Value();
+        style.color = theme.accent;
         style.weight = ZFontWeight::SemiBold;
     }
     const double x = toggle.right();

@@ -7,7 +7,6 @@
 // row is highlighted, the current preset's name is drawn in the accent colour. It
 // scrolls with the wheel.
 
-#include "state/zml_fwd.h"
 #include "ui/view.h"
 
 #include <functional>
@@ -24,7 +23,6 @@ struct ZPresetNode {
     std::vector<int> path; // child indices from the collection's root (empty: the branch)
     std::string name;
     std::string key;       // the branch and the folder names down to the row
-    const ZMLElement* element = nullptr;
     bool expanded = false;
     bool current = false;
 

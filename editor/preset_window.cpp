@@ -95,7 +95,7 @@ ZPresetWindow::ZPresetWindow(std::unique_ptr<ZPresetSource> source, std::string 
     previous_ = AddChild(std::make_unique<ZButton>("\u25C0", [this] { step(-1); }));
     previous_->SetName("presetprevious");
     previous_->SetHelpText("<name>Previous preset</name> <p>Loads the preset before the current one.</p>");
-    current_ = AddChild(std::make_unique<ZLabel>("", ZLabelStyle::Value, ZTextAlign::Center));
+    current_ = AddChild(std::make_unique<ZLabel>("", ZLabelStyle::Title, ZTextAlign::Center));
     current_->SetName("CurrentPreset");
     next_ = AddChild(std::make_unique<ZButton>("\u25B6", [this] { step(1); }));
     next_->SetName("presetnext");
@@ -130,12 +130,13 @@ void ZPresetWindow::rebuild()
     std::vector<ZPresetNode> nodes;
     for (const bool factory : {true, false}) {
         const ZPresetCollection& collection = factory ? source_->factory() : source_->user();
+        if (factory && collection.root().children().empty())
+            continue; // kinds without factory presets show only the user's
         ZPresetNode branch;
         branch.kind = ZPresetNode::Kind::Branch;
         branch.factory = factory;
         branch.name = factory ? "Factory" : "User";
         branch.key = factory ? kFactoryKey : kUserKey;
-        branch.element = &collection.root();
         branch.expanded = expanded_.contains(branch.key);
         nodes.push_back(branch);
         if (branch.expanded)
@@ -169,7 +170,6 @@ void ZPresetWindow::addNodes(std::vector<ZPresetNode>& nodes, const ZMLElement& 
         node.path.push_back(static_cast<int>(index));
         node.name = nameOf(child);
         node.key = parent.key + "/" + node.name;
-        node.element = &child;
         node.expanded = node.isContainer() && expanded_.contains(node.key);
         node.current = &child == current;
         nodes.push_back(node);
@@ -483,6 +483,7 @@ void ZPresetWindow::LayoutBody(const ZRect& body)
         y += row + theme.spacing / 2;
     }
     status_->SetBounds(ButtonRowRemainder());
+    tree_->Select(tree_->selected()); // into view, now that the tree has its size
 }
 
 } // namespace halvern

@@ -2,6 +2,7 @@
 
 #include "editor/abcd_editor.h"
 #include "editor/editor_toolbar.h"
+#include "editor/equalizer_editor.h"
 #include "editor/host_parameter_binding.h"
 #include "editor/position_editor.h"
 #include "editor/preset_selector.h"
@@ -34,7 +35,7 @@ struct Placement {
     int columns;
 };
 
-// Where each panel stands in the natural 1200 x 836 layout, and its columns: every
+// Where each panel stands in the natural 1200 x 840 layout, and its columns: every
 // control's cell is at least 88 wide, so the longest names show whole.
 const std::map<std::string, Placement>& placements()
 {
@@ -49,7 +50,7 @@ const std::map<std::string, Placement>& placements()
     return table;
 }
 const ZRect kModulatorBounds{10, 464, 1180, 310};
-const ZRect kHelpBounds{10, 782, 1180, 46};
+const ZRect kHelpBounds{10, 782, 1180, 50};
 
 int32_t indexOfName(ZAudioPlugin& core, const std::string& name)
 {
@@ -142,6 +143,7 @@ ZReverbEditorView::ZReverbEditorView(
             if (openMenu)
                 openMenu(context_, which, anchor);
         },
+        [this](ZModulatorSelection which) { OpenModulatorPresets(which); },
         [this](int32_t index, const std::string& label) { return controlFor(index, label); }));
     help_ = AddChild(std::make_unique<ZMarkupView>(kHelpHint));
     help_->SetName("Help");
@@ -159,6 +161,8 @@ std::unique_ptr<ZView> ZReverbEditorView::buildPage(ZModulatorSelection which)
                     ZDialog::Show(*owner, std::make_unique<ZQuestionDialog>("ABCD morphing", question, answers,
                                                                            std::move(answered)));
             });
+    case ZModulatorSelection::Kind::Equalizer:
+        return std::make_unique<ZEqualizerEditor>(context_, static_cast<ZBindingObserver*>(this));
     default:
         return nullptr;
     }
@@ -180,6 +184,31 @@ void ZReverbEditorView::OpenPresetWindow()
     ZUIRoot* owner = root();
     if (owner != nullptr && core_.presets() != nullptr)
         ShowPresetWindow(*owner, *core_.presets(), "Presets", [this] { presetLoaded(); });
+}
+
+// The managers live as long as the editor, so the window can keep them.
+void ZReverbEditorView::OpenModulatorPresets(ZModulatorSelection which)
+{
+    ZUIRoot* owner = root();
+    if (owner == nullptr)
+        return;
+    const auto show = [&](auto& manager, const std::string& title) {
+        try {
+            manager->LoadCollection();
+        } catch (const std::exception& failure) {
+            ShowMessage(std::string("The presets could not be read: ") + failure.what());
+        }
+        ShowPresetWindow(*owner, *manager, title, [this] { InteractionEnded(); });
+    };
+    const std::string folder = core_.userDataFolder();
+    if (which.kind == ZModulatorSelection::Kind::LFO) {
+        lfoPresets_ = std::make_unique<ZLFOPresetManager>(ZModulatorPresetOwnerT<ZLFOPresetKind>(core_, which.index), folder);
+        show(lfoPresets_, "LFO " + std::to_string(which.index + 1) + " presets");
+    } else if (which.kind == ZModulatorSelection::Kind::MultiParameter) {
+        multiParameterPresets_ = std::make_unique<ZMultiParameterPresetManager>(
+            ZModulatorPresetOwnerT<ZMultiParameterPresetKind>(core_, which.index), folder);
+        show(multiParameterPresets_, core_.multiParameter(which.index).displayName() + " presets");
+    }
 }
 
 // A preset changes every value behind the host's back: it hears them all again.

@@ -18,6 +18,7 @@
 #include "editor/modulator_editor_context.h"
 #include "editor/undo_history.h"
 #include "reverb/halvern_audio_effect_plugin.h"
+#include "state/preset_owners.h"
 #include "state/quessane_audio_effect_plugin.h"
 #include "ui/panel.h"
 #include "ui/view.h"
@@ -52,8 +53,9 @@ public:
     void Undo();
     void Redo();
     ZUndoHistory& undoHistory() { return undo_; }
-    // Opens the presets of the whole plug-in.
+    // Opens the presets of the whole plug-in, or of a modulator.
     void OpenPresetWindow();
+    void OpenModulatorPresets(ZModulatorSelection which);
     // Opens a page of the bottom area, or closes it when it is the one open.
     void TogglePage(ZModulatorSelection::Kind kind);
     ZModulatorArea& modulatorArea() { return *area_; }
@@ -84,6 +86,8 @@ private:
     ZView* toolbar_ = nullptr;
     class ZSlotBar* slots_ = nullptr;
     ZUndoHistory undo_;
+    std::unique_ptr<ZLFOPresetManager> lfoPresets_;
+    std::unique_ptr<ZMultiParameterPresetManager> multiParameterPresets_;
     int ticksToRecord_ = 0; // > 0: an undo step is due when it reaches 0
     ZModulatorArea* area_ = nullptr;
     ZMarkupView* help_ = nullptr;

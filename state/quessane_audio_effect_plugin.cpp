@@ -168,6 +168,12 @@ std::string ZQuessaneAudioEffectPlugin::MorphWarning() const
 
 // ---------------------------------------------------------------- host reach
 
+void ZQuessaneAudioEffectPlugin::StateChanged()
+{
+    ZAudioEffectPluginToAudioPluginAdapter::StateChanged();
+    updates_.Request();
+}
+
 // Each request carries the number of state loads before it, so that a load supersedes
 // every request made before it, however late the update thread comes to it.
 void ZQuessaneAudioEffectPlugin::HostChangedParameter(int32_t index)

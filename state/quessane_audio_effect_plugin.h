@@ -89,6 +89,9 @@ public:
 
     // "AGC", "PresetIndex" and the slots, then the modulator host's state.
     void Serialize(const ZSerializationContext& context) override;
+    // Every value goes to the host again, sent by the update thread at once (not only
+    // once the host runs the next block).
+    void StateChanged() override;
     // A host's change of the slot or the pad is carried out by the update thread.
     void HostChangedParameter(int32_t index) override;
     void InitProcessing() override;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <exception>
 
 namespace halvern {
 
@@ -38,6 +39,8 @@ ZDialog::ZDialog(std::string title, ZPoint panelSize) : title_(std::move(title))
 
 ZRect ZDialog::PanelRect() const
 {
+    if (root() == nullptr)
+        return {};
     const ZPoint size = PanelSize();
     const double width = std::min(size.x, bounds().width), height = std::min(size.y, bounds().height);
     return {std::round(bounds().x + (bounds().width - width) / 2), std::round(bounds().y + (bounds().height - height) / 2),
@@ -53,9 +56,16 @@ void ZDialog::Close()
 void ZDialog::Finish(const std::function<void()>& action)
 {
     const std::function<void()> kept = action; // the dialog goes once the event is over
+    ZUIRoot* r = root();
     Close();
-    if (kept)
+    if (!kept)
+        return;
+    try {
         kept();
+    } catch (const std::exception& error) {
+        if (r != nullptr)
+            ShowMessage(*r, Text(), error.what());
+    }
 }
 
 ZButton* ZDialog::AddButton(const std::string& label, std::function<void()> onClick)
@@ -102,6 +112,13 @@ void ZDialog::layoutButtons(const ZRect& row)
         right -= theme.spacing;
     }
     rowRemainder_ = {row.x, row.y, std::max(0.0, right - row.x), row.height};
+}
+
+bool ZDialog::OnMouseDown(const ZMouseEvent&)
+{
+    if (ZUIRoot* r = root())
+        r->SetFocus(InitialFocus());
+    return false;
 }
 
 bool ZDialog::OnKey(const ZKeyEvent& event)

@@ -6,7 +6,7 @@
 // button (drawn in the accent colour); clicks beside the panel do nothing.
 //
 // ShowPrompt, ShowQuestion and ShowMessage are the dialogs most callers need; larger
-// dialogs (the file chooser, the preset window) derive from ZDialog.
+// dialogs (the file chooser, for one) derive from ZDialog.
 
 #include "ui/controls/button.h"
 #include "ui/controls/text_field.h"
@@ -51,7 +51,7 @@ public:
     }
 
     std::string Text() const override { return title_; }
-    // Where the panel lies in the root.
+    // Where the panel lies in the root (empty while the dialog is not shown).
     ZRect PanelRect() const;
     // Removes the dialog (safe from inside its own handlers).
     void Close();
@@ -61,6 +61,9 @@ public:
     virtual ZView* InitialFocus() { return nullptr; }
 
     void Layout() override;
+    // A press on the panel or beside it gives the keyboard back to the initial view.
+    bool AcceptsMouse() const override { return true; }
+    bool OnMouseDown(const ZMouseEvent& event) override;
     // Escape cancels, Enter presses the default button.
     bool OnKey(const ZKeyEvent& event) override;
 
@@ -71,7 +74,8 @@ protected:
     void SetDefaultButton(ZButton* button);
     // What Escape does (closing the dialog unless set).
     void SetOnCancel(std::function<void()> onCancel) { onCancel_ = std::move(onCancel); }
-    // Closes the dialog, then runs an action (which may open another dialog).
+    // Closes the dialog, then runs an action (which may open another dialog); what the
+    // action throws shows as a message.
     void Finish(const std::function<void()>& action);
     // The panel's size; dialogs that fit their content work it out here.
     virtual ZPoint PanelSize() const { return panelSize_; }

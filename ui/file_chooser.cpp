@@ -1,5 +1,7 @@
 #include "ui/file_chooser.h"
 
+#include "core/z_format.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
@@ -154,7 +156,11 @@ bool ZFileChooser::EnterFolder(const std::string& folder)
             ShowMessage(*r, "Folder not readable", "The folder \"" + normal + "\" cannot be opened: " + error + ".");
         return false;
     }
+    const std::string previous = folder_;
     show(normal, std::move(entries));
+    // Going up marks the folder that was left.
+    if (fs::path(previous).parent_path() == fs::path(folder_))
+        list_->SetSelectedRow(RowOf(fs::path(previous).filename().string()));
     return true;
 }
 
@@ -192,6 +198,8 @@ void ZFileChooser::selectRow(int row)
     if (row < 0 || row >= static_cast<int>(entries_.size()))
         return;
     list_->SetSelectedRow(row);
+    if (ZUIRoot* r = root())
+        r->SetFocus(name_); // typing goes on into the name
     const Entry& entry = entries_[static_cast<size_t>(row)];
     folderPicked_ = entry.folder;
     if (!entry.folder) {
@@ -251,8 +259,10 @@ void ZFileChooser::choose(const std::string& path)
         return;
     }
     ShowQuestion(r, "Replace file",
-                 "\"" + target.filename().string() + "\" already exists in \"" + target.parent_path().string() +
-                     "\".\nDo you want to replace it?",
+                 ZFormat("\"{0}\" already exists in \"{1}\".\nDo you want to replace it?")
+                     .arg(target.filename().string())
+                     .arg(target.parent_path().string())
+                     .text(),
                  {"Replace", "Cancel"}, [this, target](int button) {
                      if (button == 0)
                          Finish([&] { chosen_(target.string()); });
@@ -286,6 +296,13 @@ void ZFileChooser::LayoutBody(const ZRect& body)
     name_->SetBounds({body.x + kNameLabelWidth, nameY, body.width - kNameLabelWidth, row});
     filter_->SetBounds(ButtonRowRemainder());
     showPath();
+}
+
+void ZFileChooser::PaintOver(ZCanvas& canvas)
+{
+    const ZTheme& theme = root()->theme();
+    canvas.StrokeRoundedRect(list_->bounds().inset(-theme.lineWidth, -theme.lineWidth), theme.radius, theme.panelBorder,
+                             theme.lineWidth);
 }
 
 ZFileChooser* ShowFileChooser(ZUIRoot& root, ZFileChooserOptions options, std::function<void(std::string path)> chosen)

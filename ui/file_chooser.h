@@ -46,6 +46,8 @@ public:
 
 protected:
     void LayoutBody(const ZRect& body) override;
+    // Frames the list, whose face is the panel's.
+    void PaintOver(ZCanvas& canvas) override;
 
 private:
     struct Entry {

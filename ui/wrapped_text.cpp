@@ -70,7 +70,7 @@ double ZWrappedText::lineHeight() const
 double ZWrappedText::HeightForWidth(double width) const
 {
     ZUIRoot* r = root();
-    if (r == nullptr)
+    if (r == nullptr || text_.empty())
         return 0.0;
     return static_cast<double>(WrapText(r->canvas(), text_, r->theme().Text(), width).size()) * lineHeight();
 }
@@ -81,6 +81,8 @@ void ZWrappedText::PaintSelf(ZCanvas& canvas)
     const double step = lineHeight();
     double y = bounds().y;
     for (const std::string& line : WrapText(canvas, text_, style, bounds().width)) {
+        if (y + step > bounds().bottom() + 0.5)
+            break; // what does not fit is left out rather than drawn over what follows
         canvas.DrawTextInRect(line, {bounds().x, y, bounds().width, step}, style);
         y += step;
     }

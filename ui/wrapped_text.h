@@ -2,7 +2,7 @@
 
 // ZWrappedText: a text of several paragraphs (separated by new lines) in the theme's
 // primary style, wrapped at spaces to the view's width and drawn from its top left. A
-// word wider than the view is cut with an ellipsis.
+// word wider than the view is cut with an ellipsis, lines below the view are left out.
 
 #include "ui/canvas.h"
 #include "ui/view.h"
@@ -23,7 +23,8 @@ public:
 
     void SetText(std::string text);
     std::string Text() const override { return text_; }
-    // The height of the text wrapped to a width (0 while the view is not shown).
+    // The height of the text wrapped to a width (0 for no text or while the view is not
+    // shown).
     double HeightForWidth(double width) const;
     double lineHeight() const;
 

@@ -224,6 +224,23 @@ TEST(PresetWindow, ADamagedCollectionIsKeptAsideAndErrorsShowAsMessages)
     EXPECT_EQ(ui.OnDisk().presets().size(), 1u);
 }
 
+TEST(PresetWindow, ServesModulatorPresetsToo)
+{
+    PresetWindowFixture ui;
+    ZLFOPresetManager manager({*ui.core, 2}, ui.folder.string());
+    ZPresetWindow* window = ShowPresetWindow(ui.root, manager, "LFO presets");
+    ui.Tick();
+    EXPECT_EQ(window->tree().nodes().size(), 1u) << "no factory branch without factory presets";
+    ui.Click("Save new");
+    ui.Answer("Wobble");
+    const ZPresetCollection saved = ZPresetCollection::ReadFile((ui.folder / "LFO" / "presets.xml").string());
+    ASSERT_EQ(saved.presets().size(), 1u);
+    EXPECT_EQ(saved.presets()[0]->getAttribute("name"), "Wobble");
+    EXPECT_EQ(CurrentPresetName(manager), "");
+    EXPECT_TRUE(StepPreset(ui.root, manager, 1));
+    EXPECT_EQ(CurrentPresetName(manager), "Wobble");
+}
+
 // Every control of a dialog lies inside its panel and no two overlap.
 void ExpectLaidOut(const ZDialog& dialog)
 {

@@ -1,3 +1,4 @@
+#include "audio_import/audio_file_writer.h"
 #include "editor/shape_editor.h"
 #include "editor/shape_graph.h"
 #include "tests/editor/modulator_page_fixture.h"
@@ -5,7 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <cmath>
 #include <memory>
+#include <numbers>
 #include <string>
 #include <vector>
 
@@ -172,6 +175,25 @@ TEST(ShapeEditor, PresetsAreSavedLoadedAndSteppedAndErrorsShowInTheStatusLine)
     EXPECT_EQ(page.lfo().shape().family(), Family::Square);
     EXPECT_EQ(page.Find("ShapePresetStatus").Text(), "Square");
     std::filesystem::remove_all(folder);
+}
+
+TEST(ShapeEditor, ShapesComeFromSoundFilesOrLeaveTheShapeAlone)
+{
+    ShapePage page;
+    const std::string sine = (std::filesystem::temp_directory_path() / "shape_editor_sine.wav").string();
+    ZAudioData audio{48000.0, {std::vector<float>(24000)}};
+    for (size_t n = 0; n < audio.channels[0].size(); ++n)
+        audio.channels[0][n] = static_cast<float>(0.5 * std::sin(2.0 * std::numbers::pi * 300.0 * n / 48000.0));
+    WriteAudioFile(sine, audio);
+
+    EXPECT_NE(page.editor->LoadShapeFromSound(sine + ".missing", ZShapeSource::Cycle), "");
+    EXPECT_EQ(page.lfo().shape().family(), Family::Sine);
+    EXPECT_EQ(page.editor->LoadShapeFromSound(sine, ZShapeSource::Cycle), "");
+    page.Tick();
+    EXPECT_EQ(page.Find("ShapeCount").Text(), "32 steps");
+    for (double x : {0.1, 0.25, 0.6, 0.75, 0.9}) // smoothly joined steps redraw the sine
+        EXPECT_NEAR(page.lfo().shape().shape(x), std::sin(2.0 * std::numbers::pi * x), 0.02) << x;
+    std::filesystem::remove(sine);
 }
 
 } // namespace

@@ -3,6 +3,10 @@
 #include "core/audio_plugin.h"
 #include "editor/halvern_editor.h"
 #include "editor/offscreen_editor.h"
+#include "editor/preset_tree.h"
+#include "presets/factory_presets.h"
+#include "state/quessane_audio_effect_plugin.h"
+#include "ui/dialog.h"
 #include "host/library_module.h"
 #include "ui/controls/popup_menu.h"
 #include "ui/ui_root.h"
@@ -63,6 +67,53 @@ ZPoint MenuItemCentre(const std::string& button, const std::string& item, halver
             for (size_t i = 0; i < menu->items().size(); ++i)
                 if (menu->items()[i].text == item)
                     return menu->ItemRect(static_cast<int>(i)).center();
+    return {-1, -1};
+}
+
+namespace {
+
+// The top dialog after a click on a view of an off-screen editor.
+const halvern::ZDialog* DialogAfterClick(halvern::ZOffscreenEditor& editor, const std::string& clicked,
+                                         halvern::ZModulatorSelection page)
+{
+    editor.Open(page);
+    halvern::ZUIRoot& root = editor.root();
+    const halvern::ZView* view = root.content()->FindByName(clicked);
+    if (view == nullptr)
+        return nullptr;
+    const ZPoint at = view->bounds().center();
+    root.MouseMove({at});
+    root.MouseDown({at});
+    root.MouseUp({at});
+    return halvern::TopDialog(root);
+}
+
+} // namespace
+
+ZPoint DialogViewCentre(const std::string& clicked, const std::string& name, halvern::ZModulatorSelection page)
+{
+    const auto core = Core();
+    halvern::ZOffscreenEditor editor(*core, 1.0);
+    const halvern::ZDialog* dialog = DialogAfterClick(editor, clicked, page);
+    const halvern::ZView* view = dialog != nullptr ? const_cast<halvern::ZDialog*>(dialog)->FindByName(name) : nullptr;
+    return view != nullptr ? view->bounds().center() : ZPoint{-1, -1};
+}
+
+ZPoint PresetRowCentre(const std::string& name)
+{
+    // Without the library's module the core has no factory presets: they are given here.
+    const auto core = Core();
+    static_cast<halvern::ZQuessaneAudioEffectPlugin&>(*core).SetPresets(
+        halvern::ZPresetCollection::ReadBlock(halvern::FactoryPresetBlock()), "");
+    halvern::ZOffscreenEditor editor(*core, 1.0);
+    const halvern::ZDialog* dialog = DialogAfterClick(editor, "PresetName", {});
+    auto* tree = dialog != nullptr ? dynamic_cast<halvern::ZPresetTree*>(const_cast<halvern::ZDialog*>(dialog)->FindByName("Presets"))
+                                   : nullptr;
+    if (tree == nullptr)
+        return {-1, -1};
+    for (size_t row = 0; row < tree->nodes().size(); ++row)
+        if (tree->nodes()[row].name == name)
+            return tree->RowRect(static_cast<int>(row)).center();
     return {-1, -1};
 }
 

@@ -31,6 +31,15 @@ halvern::ZPoint ViewCentre(const std::string& name, halvern::ZModulatorSelection
 halvern::ZPoint MenuItemCentre(const std::string& button, const std::string& item,
                                halvern::ZModulatorSelection page = {});
 
+// The centre of a view in the dialog that a click on the view named clicked opens
+// (logical units, scale 1), with a page open when one is given.
+halvern::ZPoint DialogViewCentre(const std::string& clicked, const std::string& name,
+                                 halvern::ZModulatorSelection page = {});
+
+// The centre of the row of a folder or preset in the plug-in's preset window, as it
+// opens from the header before anything was loaded.
+halvern::ZPoint PresetRowCentre(const std::string& name);
+
 // Presses button 1 at a point of a window (device pixels), moves the pointer by (dx, dy)
 // pixels in steps, pumping after each, and releases unless told not to.
 void Drag(editorhost::TestDisplay& display, Window window, halvern::ZPoint from, double dx, double dy,

@@ -10,6 +10,10 @@
 
 #include <gtest/gtest.h>
 
+#include <X11/keysym.h>
+
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -19,11 +23,13 @@ namespace {
 using editorhost::HostCall;
 using editorhost::TestDisplay;
 using editorhost::Vst2EditorHost;
+using editortest::DialogViewCentre;
 using editortest::Drag;
 using editortest::EditorSizeAt;
 using editortest::IsOneGesture;
 using editortest::MenuItemCentre;
 using editortest::ParameterIndex;
+using editortest::PresetRowCentre;
 using editortest::Resizes;
 using editortest::ViewCentre;
 
@@ -32,12 +38,16 @@ constexpr VstIntPtr kScaleValue = 0x41654373; // 'AeCs'
 
 class Vst2Editor : public testing::Test {
 protected:
+    // A point in logical units in device pixels, at the editor's scale.
+    static halvern::ZPoint scaled(Vst2EditorHost& host, halvern::ZPoint logical)
+    {
+        const double scale = host.editorSize().first / halvern::kHalvernEditorWidth;
+        return {logical.x * scale, logical.y * scale};
+    }
     // The point of a view in device pixels, at the editor's scale.
     halvern::ZPoint pointOf(Vst2EditorHost& host, const std::string& view, halvern::ZModulatorSelection page = {})
     {
-        const double scale = host.editorSize().first / halvern::kHalvernEditorWidth;
-        const halvern::ZPoint centre = ViewCentre(view, page);
-        return {centre.x * scale, centre.y * scale};
+        return scaled(host, ViewCentre(view, page));
     }
 
     TestDisplay display;
@@ -244,3 +254,82 @@ TEST_F(Vst2Editor, LFOModeChangedAndTargetLearnedByClickingComeBackWithTheHostSt
 }
 
 } // namespace
+
+namespace {
+
+// The values and gestures a host hears from the slot selector, the morph pad and a
+// preset loaded from the preset window.
+bool HeardGesture(const editorhost::HostCalls& calls, int index, double value)
+{
+    bool begun = false, performed = false;
+    for (const HostCall& call : calls) {
+        if (call.index != index)
+            continue;
+        if (call.kind == HostCall::Kind::Begin)
+            begun = true;
+        else if (begun && call.kind == HostCall::Kind::Perform && std::abs(call.value - value) < 1e-6)
+            performed = true;
+        else if (performed && call.kind == HostCall::Kind::End)
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+TEST_F(Vst2Editor, SlotsThePadAndAFactoryPresetReachTheHostAndItsStateReloadsAsSaved)
+{
+    using Kind = halvern::ZModulatorSelection::Kind;
+    const int slot = ParameterIndex("AH"), u = ParameterIndex("ABCDMorphingU"), size = ParameterIndex("Size");
+    Vst2EditorHost host(HALVERN_PLUGIN_PATH, display);
+    ASSERT_TRUE(host.open());
+    auto pump = [&] { host.idle(); };
+    auto click = [&](halvern::ZPoint at) {
+        display.MoveTo(host.editorWindow(), at.x, at.y);
+        TestDisplay::PumpFor(pump, 30);
+        display.Click(1);
+        TestDisplay::PumpFor(pump, 60);
+    };
+
+    click(pointOf(host, "SlotB"));
+    EXPECT_TRUE(HeardGesture(host.Calls(), slot, 1.0 / 7.0));
+
+    // The pad asks first in slot B, one of the four it blends; the answer switches to E.
+    click(pointOf(host, "MorphPage"));
+    const halvern::ZPoint pad = ViewCentre("MorphPad", {Kind::Morph, 0});
+    click(scaled(host, pad));
+    click(scaled(host, DialogViewCentre("MorphPad", "Select slot E", {Kind::Morph, 0})));
+    EXPECT_TRUE(HeardGesture(host.Calls(), slot, 4.0 / 7.0));
+    Drag(display, host.editorWindow(), scaled(host, pad), 40.0, 20.0, pump);
+    const editorhost::HostCalls afterPad = host.Calls();
+    EXPECT_TRUE(std::any_of(afterPad.begin(), afterPad.end(), [&](const HostCall& call) {
+        return call.kind == HostCall::Kind::End && call.index == u;
+    }));
+    EXPECT_GT(host.parameter(u), 0.2f);
+
+    // A factory preset: its folder opened with the keyboard, its first preset loaded with Enter.
+    const float sizeBefore = host.parameter(size);
+    click(pointOf(host, "PresetName"));
+    click(scaled(host, PresetRowCentre("Halls")));
+    display.Type(XK_Right);
+    display.Type(XK_Down);
+    display.Type(XK_Return);
+    EXPECT_TRUE(TestDisplay::PumpUntil(pump, [&] { return host.parameter(size) != sizeBefore; }));
+    EXPECT_TRUE(TestDisplay::PumpUntil(pump, [&] {
+        const editorhost::HostCalls calls = host.Calls();
+        return std::any_of(calls.begin(), calls.end(), [&](const HostCall& call) {
+            return call.kind == HostCall::Kind::Perform && call.index == size &&
+                   std::abs(call.value - host.parameter(size)) < 1e-6;
+        });
+    })) << "the preset's values reach the host as automation";
+
+    // The state the host saves reloads into a new instance exactly.
+    const std::vector<char> saved = Chunk(host);
+    host.close();
+    Vst2EditorHost second(HALVERN_PLUGIN_PATH, display);
+    ASSERT_EQ(second.dispatch(effSetChunk, 0, static_cast<VstIntPtr>(saved.size()), const_cast<char*>(saved.data())), 1);
+    const std::vector<char> reloaded = Chunk(second);
+    EXPECT_TRUE(*halvern::ReadStateDocument(saved.data(), static_cast<int32_t>(saved.size())) ==
+                *halvern::ReadStateDocument(reloaded.data(), static_cast<int32_t>(reloaded.size())));
+    EXPECT_FLOAT_EQ(second.parameter(size), host.parameter(size));
+}

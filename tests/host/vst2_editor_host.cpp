@@ -79,8 +79,15 @@ VstIntPtr Vst2EditorHost::callback(AEffect* effect, VstInt32 opcode, VstInt32 in
     return host != Hosts().end() ? host->second->answer(opcode, index, value, opt) : 0;
 }
 
+HostCalls Vst2EditorHost::Calls()
+{
+    std::lock_guard<std::mutex> hold(callsLock_);
+    return calls;
+}
+
 VstIntPtr Vst2EditorHost::answer(VstInt32 opcode, VstInt32 index, VstIntPtr value, float opt)
 {
+    std::lock_guard<std::mutex> hold(callsLock_);
     switch (opcode) {
     case audioMasterBeginEdit:
         calls.push_back({HostCall::Kind::Begin, index});

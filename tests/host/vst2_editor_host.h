@@ -6,6 +6,8 @@
 // which it grants by resizing the parent window).
 
 #include "editor_host_calls.h"
+
+#include <mutex>
 #include "host/vst2/vst2_abi.h"
 #include "x11_test_display.h"
 
@@ -34,12 +36,16 @@ public:
     // The editor's own window inside the parent, 0 when there is none.
     Window editorWindow();
 
+    // Read calls only while nothing else runs in the plug-in; automation that its update
+    // thread sends (a state's values after a preset) is safe to read through Calls().
     HostCalls calls;
+    HostCalls Calls();
 
 private:
     static VstIntPtr callback(AEffect* effect, VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr, float opt);
     VstIntPtr answer(VstInt32 opcode, VstInt32 index, VstIntPtr value, float opt);
 
+    std::mutex callsLock_;
     TestDisplay& display_;
     AEffect* effect_ = nullptr;
     Window parent_ = 0;

@@ -62,10 +62,11 @@ TEST(Dialog, PromptAndQuestionAnswerByKeysAndButtonsAndIgnoreClicksBeside)
     ui.Tick();
     EXPECT_EQ(ui.root.focused(), &prompt->field());
     EXPECT_EQ(prompt->field().SelectedText(), "Old") << "the text is selected, so typing replaces it";
-    ui.ClickAt({5, 5}); // beside the panel
+    ui.ClickAt({5, 5}); // beside the panel: nothing happens, the field keeps the keyboard
     ASSERT_EQ(TopDialog(ui.root), prompt);
+    EXPECT_EQ(ui.root.focused(), &prompt->field());
     EXPECT_TRUE(prompt->PanelRect().contains(prompt->field().bounds()));
-    ui.root.SetFocus(&prompt->field());
+    EXPECT_TRUE(ui.root.canvas().WritePNG("/tmp/prompt_dialog_1.png"));
     ui.Type("New name");
     ui.Press(ZKey::Enter);
     EXPECT_EQ(accepted, "New name");
@@ -84,7 +85,8 @@ TEST(Dialog, PromptAndQuestionAnswerByKeysAndButtonsAndIgnoreClicksBeside)
 
     int chosen = -2;
     const auto ask = [&] {
-        ShowQuestion(ui.root, "Question", std::string(400, 'w') + " and a long\n\nsecond paragraph",
+        ShowQuestion(ui.root, "Question", "A long warning that has to wrap over several lines of the panel, because "
+                     "what it says matters before the question.\n\nDo you want to go on?",
                      {"Yes", "No", "Cancel"}, [&](int index) { chosen = index; });
         ui.Tick();
     };
@@ -96,7 +98,9 @@ TEST(Dialog, PromptAndQuestionAnswerByKeysAndButtonsAndIgnoreClicksBeside)
     EXPECT_EQ(chosen, 2);
     ask();
     ZDialog* question = TopDialog(ui.root);
-    EXPECT_TRUE(question->PanelRect().contains(ui.Find("No").bounds()));
+    for (const auto& child : question->children())
+        EXPECT_TRUE(question->PanelRect().contains(child->bounds())) << child->name();
+    EXPECT_TRUE(ui.root.canvas().WritePNG("/tmp/question_dialog_1.png"));
     ui.Click("No");
     EXPECT_EQ(chosen, 1);
     EXPECT_FALSE(ui.root.HasOverlays());
