@@ -1,9 +1,12 @@
 // The reverb editor's costs: a full repaint at scale 1 and 2 (the target is at most
 // 8 ms at scale 1), one second of an open editor's timer ticks while audio runs (the
 // meters move, nothing else changes), and the audio thread's cost with the editor's
-// metering on against off, at 48 kHz stereo in 512-sample blocks.
+// metering on against off, at 48 kHz stereo in 512-sample blocks; and the two state
+// copies the editor takes: the slot selector's look at which slots hold changes and one
+// undo step.
 
 #include "editor/offscreen_editor.h"
+#include "editor/undo_history.h"
 #include "reverb/halvern_audio_effect_plugin.h"
 #include "state/quessane_audio_effect_plugin.h"
 
@@ -90,5 +93,32 @@ void BM_AudioWithEditor(benchmark::State& state)
                                                     benchmark::Counter::kIsRate);
 }
 BENCHMARK(BM_AudioWithEditor)->ArgName("open")->Arg(0)->Arg(1);
+
+} // namespace
+
+namespace {
+
+// What the slot selector does twice a second while the editor is open, holding the
+// processing lock: the live state stored and the eight slots compared with the defaults.
+void BM_SlotsHoldingChanges(benchmark::State& state)
+{
+    Instance instance;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(instance.core.SlotsHoldingChanges());
+}
+BENCHMARK(BM_SlotsHoldingChanges)->Unit(benchmark::kMicrosecond);
+
+// One undo step: the whole state stored and compressed as a host block.
+void BM_UndoStep(benchmark::State& state)
+{
+    Instance instance;
+    halvern::ZUndoHistory history(instance.core);
+    const int size = 4;
+    for (auto _ : state) {
+        instance.core.SetParameter(size, instance.core.GetParameter(size) > 0.5 ? 0.25 : 0.75);
+        benchmark::DoNotOptimize(history.Record());
+    }
+}
+BENCHMARK(BM_UndoStep)->Unit(benchmark::kMicrosecond);
 
 } // namespace
