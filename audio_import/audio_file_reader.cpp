@@ -75,16 +75,20 @@ void checkSize(const std::string& path, const SF_INFO& info, const ZAudioReadLim
 
 } // namespace
 
+std::vector<std::string> AudioFileExtensionList()
+{
+    std::vector<std::string> extensions;
+    std::istringstream list(kAudioFileExtensions);
+    for (std::string extension; std::getline(list, extension, ';');)
+        extensions.push_back(extension);
+    return extensions;
+}
+
 bool HasAudioFileExtension(const std::string& path)
 {
     const std::string extension = lowerCase(std::filesystem::path(path).extension().string());
-    if (extension.size() < 2)
-        return false;
-    std::istringstream list(kAudioFileExtensions);
-    for (std::string known; std::getline(list, known, ';');)
-        if (extension.substr(1) == known)
-            return true;
-    return false;
+    const std::vector<std::string> known = AudioFileExtensionList();
+    return extension.size() > 1 && std::find(known.begin(), known.end(), extension.substr(1)) != known.end();
 }
 
 ZAudioData ReadAudioFile(const std::string& path, const ZAudioReadLimits& limits)

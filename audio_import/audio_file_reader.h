@@ -10,22 +10,25 @@
 
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace halvern {
 
 // The extensions offered when choosing a sound, separated by semicolons.
 inline constexpr const char* kAudioFileExtensions = "wav;maf;aif;aiff;mp3;flac";
 
+// kAudioFileExtensions one by one, as the file chooser takes them.
+std::vector<std::string> AudioFileExtensionList();
 // Whether a file name ends in one of kAudioFileExtensions, in any letter case.
 bool HasAudioFileExtension(const std::string& path);
 
 // How much a read may take, checked against the file's header before any sample is
 // allocated: at most maxSeconds at the file's own rate, and at most maxSamples over all
-// channels (which keeps many channels at a high rate within memory: 48 million floats
-// are 192 MB, ten minutes of stereo at 40 kHz).
+// channels, so that many channels at a high rate stay within memory (57.6 million floats
+// are 230 MB: ten minutes of stereo at 48 kHz).
 struct ZAudioReadLimits {
     double maxSeconds = 600.0;
-    size_t maxSamples = 48'000'000;
+    size_t maxSamples = 57'600'000;
     int maxChannels = 16;
 };
 

@@ -14,7 +14,6 @@ constexpr double kAxisWidth = 46.0;
 constexpr double kAxisGap = 6.0;
 constexpr double kTimeRowHeight = 16.0;
 constexpr double kPlotTop = 8.0;
-constexpr double kDotRadius = 3.5;
 constexpr double kBarWidth = 18.0;
 constexpr double kBarGap = 6.0;
 
@@ -88,7 +87,7 @@ struct TimeAxis {
 
 TimeAxis timeAxisFor(std::span<const ZDecaySeries> series)
 {
-    double longest = 0.2;
+    double longest = series.empty() ? 1.0 : 0.2;
     for (const ZDecaySeries& s : series)
         longest = std::max(longest, audibleSeconds(*s.measurement));
     const double step = niceStep(longest, 8);
@@ -121,14 +120,16 @@ std::vector<ZPoint> levelCurve(const ZLevelEnvelope& envelope, const ZRect& plot
 {
     const int columns = std::max(2, static_cast<int>(plot.width * scale));
     const auto& levels = envelope.levelsDb;
+    const auto audible = std::find_if(levels.rbegin(), levels.rend(), [](double l) { return l > kDecayChartFloorDb; });
+    const size_t end = std::min(levels.size(), static_cast<size_t>(levels.rend() - audible) + 1);
     std::vector<ZPoint> points;
     for (int column = 0; column < columns; ++column) {
         const double from = seconds * column / columns / envelope.stepSeconds;
         const double to = seconds * (column + 1) / columns / envelope.stepSeconds;
         const size_t first = static_cast<size_t>(from);
-        if (first >= levels.size())
+        if (first >= end)
             break;
-        const size_t last = std::clamp(static_cast<size_t>(std::ceil(to)), first + 1, levels.size());
+        const size_t last = std::clamp(static_cast<size_t>(std::ceil(to)), first + 1, end);
         const double loudest = *std::max_element(levels.begin() + static_cast<std::ptrdiff_t>(first),
                                                  levels.begin() + static_cast<std::ptrdiff_t>(last));
         const double level = std::clamp(loudest, kDecayChartFloorDb, 0.0);
@@ -152,15 +153,16 @@ void paintSeriesLevel(ZCanvas& canvas, const ZTheme& theme, const ZRect& plot, c
     }
     canvas.StrokePolyline(points, series.color, 1.5);
     if (const std::optional<double> end = decayEndSeconds(*series.measurement)) {
-        const ZPoint dot{plot.x + plot.width * *end / axis.seconds, plot.y + plot.height * kDecayDb / kDecayChartFloorDb};
-        canvas.FillCircle(dot, kDotRadius, series.color);
+        // A line where the decay time has passed since the direct sound, named at the top;
+        // the reference's name a line lower, so the two never meet.
+        const double x = plot.x + plot.width * *end / axis.seconds;
+        canvas.Line({x, plot.y}, {x, plot.bottom()}, series.color.withAlpha(0.6), theme.lineWidth);
         const ZDecayTime& decay = series.measurement->report.broadband.decay;
         const std::string text = std::string(methodText(decay.method)) + " " + DecayText(decay);
         const ZTextStyle style{theme.smallFontSize, ZFontWeight::SemiBold, series.color};
         const double width = canvas.TextWidth(text, style) + 4;
-        const double x = dot.x + 8 + width > plot.right() ? dot.x - 8 - width : dot.x + 8;
-        const double y = index == 0 ? dot.y - 20 : dot.y + 4; // the reference's below, so the two never meet
-        canvas.DrawTextInRect(text, {x, y, width, 16}, style);
+        const double left = x + 5 + width > plot.right() ? x - 5 - width : x + 5;
+        canvas.DrawTextInRect(text, {left, plot.y + 2 + 16.0 * index, width, 16}, style);
     }
 }
 
@@ -227,7 +229,7 @@ void PaintLevelChart(ZCanvas& canvas, const ZTheme& theme, const ZRect& area, st
     const TimeAxis axis = timeAxisFor(series);
     paintLevelGrid(canvas, theme, plot, axis);
     canvas.Save();
-    canvas.ClipTo(plot.inset(-kDotRadius, -kDotRadius));
+    canvas.ClipTo(plot.inset(0, -2));
     // The reverb's own in front: the reference first.
     for (size_t i = series.size(); i-- > 0;)
         paintSeriesLevel(canvas, theme, plot, axis, series[i], i == 0, static_cast<int>(i));
@@ -257,7 +259,7 @@ void PaintDecayBars(ZCanvas& canvas, const ZTheme& theme, const ZRect& area, std
     for (size_t g = 0; g < labels.size(); ++g) {
         const double left = plot.x + groupWidth * static_cast<double>(g);
         if (g + 1 == labels.size()) // the whole band apart from the octaves
-            canvas.Line({left, plot.y}, {left, plot.bottom() + 2 * kTimeRowHeight}, theme.track, theme.lineWidth);
+            canvas.Line({left, plot.y}, {left, plot.bottom()}, theme.track, theme.lineWidth);
         canvas.DrawTextInRect(bandText(*labels[g]), {left, plot.bottom() + 2, groupWidth, kTimeRowHeight}, bandStyle,
                               ZTextAlign::Center);
         double x = left + (groupWidth - barsWidth) / 2;

@@ -22,7 +22,7 @@ struct ZDecaySeries {
 inline constexpr double kDecayChartFloorDb = -100.0;
 
 // The level from 0 to -100 dB over a time axis that reaches the end of the longest decay,
-// with a dot where each series' broadband decay time (from the direct sound) meets -60 dB.
+// with a line where each series' broadband decay time has passed since its direct sound.
 void PaintLevelChart(ZCanvas& canvas, const ZTheme& theme, const ZRect& area, std::span<const ZDecaySeries> series);
 
 // A group of bars per octave band and one for the whole band, a bar per series, with

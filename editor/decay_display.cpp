@@ -7,6 +7,8 @@
 #include "state/serialization_context.h"
 #include "state/zml_writer.h"
 #include "ui/controls/button.h"
+#include "ui/dialog.h"
+#include "ui/file_chooser.h"
 #include "ui/panel.h"
 #include "ui/ui_root.h"
 
@@ -24,6 +26,8 @@ constexpr double kButtonHeight = ZPanel::kTitleHeight - 8;
 constexpr double kDefaultRate = 48000.0;
 constexpr double kLowestRate = 8000.0;
 constexpr double kHighestRate = 384000.0;
+// Longer than any impulse response; the longest is measured on the editor's thread in under two seconds.
+constexpr double kLongestReferenceSeconds = 120.0;
 
 // The rate the reverb runs at now, which the measurement follows; 48 kHz before a host
 // has set a usable one.
@@ -41,10 +45,7 @@ ZDecayDisplay::ZDecayDisplay(ZQuessaneAudioEffectPlugin& core) : core_(core), wo
     SetHelpText("<name>Decay</name> <p>How the reverb with the current settings dies away: its level over time, and "
                 "the time it takes to fall by 60 dB in each octave band and over the whole band (T30 measures it "
                 "from -5 to -35 dB, T20 from -5 to -25 dB when the response's range is too small).</p>");
-    load_ = AddChild(std::make_unique<ZButton>("Load reference\u2026", [this] {
-        if (onLoadReference_)
-            onLoadReference_();
-    }));
+    load_ = AddChild(std::make_unique<ZButton>("Load reference\u2026", [this] { ChooseReference(); }));
     load_->SetName("LoadReference");
     load_->SetHelpText("<name>Load reference</name> <p>Lays the impulse response in a sound file over the charts, to "
                        "compare the reverb's decay with a room's or another reverb's.</p>");
@@ -59,17 +60,33 @@ ZDecayDisplay::~ZDecayDisplay() = default;
 std::string ZDecayDisplay::LoadReference(const std::string& path)
 {
     try {
-        const ZDecayMeasurement measured = MeasureDecay(ReadAudioFile(path));
+        ZDecayMeasurement measured = MeasureDecay(ReadAudioFile(path, {.maxSeconds = kLongestReferenceSeconds}));
         if (measured.envelope.levelsDb.empty())
             return "\u201C" + std::filesystem::path(path).filename().string() + "\u201D is silent";
-        reference_ = measured;
+        reference_ = std::move(measured);
     } catch (const std::exception& error) {
         return error.what();
     }
     referenceName_ = std::filesystem::path(path).filename().string();
+    referenceFolder_ = std::filesystem::path(path).parent_path().string();
     clear_->SetEnabled(true);
     Invalidate();
     return {};
+}
+
+void ZDecayDisplay::ChooseReference()
+{
+    ZUIRoot* owner = root();
+    if (owner == nullptr)
+        return;
+    ZFileChooserOptions options;
+    options.title = "Load reference impulse response";
+    options.folder = referenceFolder_;
+    options.extensions = AudioFileExtensionList();
+    ZDialog::Show(*owner, std::make_unique<ZFileChooser>(std::move(options), [this, owner](const std::string& path) {
+        if (const std::string error = LoadReference(path); !error.empty())
+            ShowMessage(*owner, "Load reference", error);
+    }));
 }
 
 void ZDecayDisplay::ClearReference()
@@ -131,15 +148,19 @@ void ZDecayDisplay::pollSettings()
     changedAt_ = ticks_;
 }
 
-// The first settings are measured at once, later ones once they have rested.
+// The first settings are measured at once, later ones once they have rested or waited
+// long enough.
 void ZDecayDisplay::startWhenSettled()
 {
     if (seenState_ == nullptr || seenText_ == submittedText_)
         return;
-    if (!submittedText_.empty() && ticks_ - changedAt_ < kSettleTicks)
+    const bool rested = ticks_ - changedAt_ >= kSettleTicks;
+    const bool overdue = ticks_ - submittedAt_ >= kLongestWaitTicks;
+    if (!submittedText_.empty() && !rested && !overdue)
         return;
     worker_->Submit(std::move(seenState_), {measuringRate(core_), ZImpulseSettings{}.blockSize});
     submittedText_ = seenText_;
+    submittedAt_ = ticks_;
 }
 
 // ---- layout and drawing ----

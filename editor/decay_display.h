@@ -12,7 +12,6 @@
 #include "state/quessane_audio_effect_plugin.h"
 #include "ui/view.h"
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -25,7 +24,10 @@ class ZDecayWorker;
 class ZDecayDisplay : public ZView {
 public:
     static constexpr int kPollTicks = 6;    // the settings are compared ten times a second
-    static constexpr int kSettleTicks = 18; // and measured once they have rested for 300 ms
+    static constexpr int kSettleTicks = 18; // and measured once they have rested for 300 ms,
+    // or after two seconds when they never rest (a running LFO moves its targets, and the
+    // state holds the moved values)
+    static constexpr int kLongestWaitTicks = 120;
 
     explicit ZDecayDisplay(ZQuessaneAudioEffectPlugin& core);
     ~ZDecayDisplay() override;
@@ -34,9 +36,9 @@ public:
     // why it could not be read, or empty on success; a failure changes nothing.
     std::string LoadReference(const std::string& path);
     void ClearReference();
-    // What the "Load reference…" button does (the editor opens a file chooser that ends
-    // in LoadReference).
-    void SetOnLoadReference(std::function<void()> action) { onLoadReference_ = std::move(action); }
+    // What "Load reference…" does: a file chooser for sound files whose choice goes to
+    // LoadReference; an error is shown in a message.
+    void ChooseReference();
 
     // A measurement is waiting or running.
     bool computing() const { return computing_; }
@@ -63,13 +65,14 @@ private:
     std::unique_ptr<ZDecayWorker> worker_;
     ZButton* load_;
     ZButton* clear_;
-    std::function<void()> onLoadReference_;
+    std::string referenceFolder_; // where the chooser opens: the last reference's folder
     // The settings as last seen (text and document), and the text last measured.
     std::string seenText_;
     std::unique_ptr<ZMLElement> seenState_;
     std::string submittedText_;
     int ticks_ = 0;
     int changedAt_ = 0;
+    int submittedAt_ = 0;
     bool computing_ = false;
     std::optional<ZDecayMeasurement> measurement_;
     std::optional<ZDecayMeasurement> reference_;

@@ -140,8 +140,9 @@ void ZPresetTree::paintRow(ZCanvas& canvas, int row)
     }
     ZTextStyle style = node.kind == ZPresetNode::Kind::Branch ? theme.Title() : theme.Text();
     if (node.current) {
-        style.color = theme.accent;
         style.weight = ZFontWeight::SemiBold;
+        if (row != selected_)
+            style.color = theme.accent; // on the highlight, the text colour reads better
     }
     const double x = toggle.right();
     const ZRect text{x, rect.y, rect.right() - theme.textInset - x, rect.height};

@@ -4,8 +4,8 @@
 // factory's presets and the user's), their folders and presets, each indented by its
 // depth. Folders and branches open and close with the triangle before them or a double
 // click; a click selects a row, a double click on a preset activates it. The selected
-// row is highlighted, the current preset's name is drawn in the accent colour. It
-// scrolls with the wheel.
+// row is highlighted, the current preset's name is set in semibold and, unless selected,
+// in the accent colour. It scrolls with the wheel.
 
 #include "ui/view.h"
 

@@ -241,6 +241,10 @@ bool ZPresetWindow::OnKey(const ZKeyEvent& event)
         if (node != nullptr)
             activate(row);
         return true;
+    case ZKey::Delete:
+        if (userItemSelected())
+            run([this] { remove(); });
+        return true;
     default:
         return ZDialog::OnKey(event);
     }

@@ -39,7 +39,8 @@ public:
     // Builds the tree again when the presets or the current one changed elsewhere.
     void Refresh() override;
     // Up and Down move the selection, Left and Right close and open a folder, Enter
-    // loads a preset or opens a folder, Escape closes the window.
+    // loads a preset or opens a folder, Delete deletes (after asking), Escape closes the
+    // window.
     bool OnKey(const ZKeyEvent& event) override;
 
 protected:

@@ -12,6 +12,8 @@
 #include "ui/controls/label.h"
 #include "ui/controls/popup_menu.h"
 #include "ui/controls/text_field.h"
+#include "ui/dialog.h"
+#include "ui/file_chooser.h"
 #include "ui/ui_root.h"
 
 #include <algorithm>
@@ -226,6 +228,20 @@ std::string ZShapeEditor::LoadShapeFromSound(const std::string& path, ZShapeSour
     shape.setPhaseOffset(0.0);
     lfo_.setShape(shape);
     return {};
+}
+
+void ZShapeEditor::ChooseShapeFromSound(ZShapeSource source)
+{
+    ZUIRoot* owner = root();
+    if (owner == nullptr)
+        return;
+    ZFileChooserOptions options;
+    options.title = source == ZShapeSource::Cycle ? "Shape from a sound's cycle" : "Shape from a sound's envelope";
+    options.extensions = AudioFileExtensionList();
+    ZDialog::Show(*owner, std::make_unique<ZFileChooser>(std::move(options), [this, owner, source](const std::string& path) {
+        if (const std::string error = LoadShapeFromSound(path, source); !error.empty())
+            ShowMessage(*owner, "Shape from sound", error);
+    }));
 }
 
 void ZShapeEditor::showCount()

@@ -40,6 +40,8 @@ public:
     // Takes the shape from a sound file: one cycle of its waveform or its envelope, as
     // smoothly joined steps. Returns why it could not, or empty; a failure changes nothing.
     std::string LoadShapeFromSound(const std::string& path, ZShapeSource source);
+    // The same through a file chooser for sound files; an error is shown in a message.
+    void ChooseShapeFromSound(ZShapeSource source);
 
     void Layout() override;
     void Refresh() override;
