@@ -1,6 +1,7 @@
 #include "editor/reverb_editor_view.h"
 
 #include "editor/abcd_editor.h"
+#include "editor/decay_display.h"
 #include "editor/editor_toolbar.h"
 #include "editor/equalizer_editor.h"
 #include "editor/host_parameter_binding.h"
@@ -163,6 +164,8 @@ std::unique_ptr<ZView> ZReverbEditorView::buildPage(ZModulatorSelection which)
             });
     case ZModulatorSelection::Kind::Equalizer:
         return std::make_unique<ZEqualizerEditor>(context_, static_cast<ZBindingObserver*>(this));
+    case ZModulatorSelection::Kind::Decay:
+        return std::make_unique<ZDecayDisplay>(core_);
     default:
         return nullptr;
     }

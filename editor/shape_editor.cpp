@@ -1,8 +1,11 @@
 #include "editor/shape_editor.h"
 
+#include "editor/preset_window.h"
+
 #include "audio_import/audio_file_reader.h"
 #include "core/value_displays.h"
 #include "editor/page_layout.h"
+#include "editor/preset_window.h"
 #include "editor/setting_mirror.h"
 #include "editor/shape_graph.h"
 #include "state/preset_owners.h"
@@ -100,14 +103,6 @@ public:
                 message_ = "No shape presets yet";
         });
     }
-    void Load(int index)
-    {
-        attempt([this, index] {
-            const std::vector<const ZMLElement*> presets = manager_.sequence();
-            if (index >= 0 && index < static_cast<int>(presets.size()))
-                manager_.Load(*presets[static_cast<size_t>(index)]);
-        });
-    }
     // False for an empty name, which is not taken.
     bool SaveAs(const std::string& name)
     {
@@ -120,14 +115,7 @@ public:
         });
         return true;
     }
-    std::vector<std::string> Names() const
-    {
-        std::vector<std::string> names;
-        for (const ZMLElement* preset : manager_.sequence())
-            names.push_back(preset->getAttribute(kPresetName));
-        return names;
-    }
-    int32_t Current() { return manager_.owner().currentPresetIndex(); }
+    ZSignalGeneratorPresetManager& manager() { return manager_; }
 
 private:
     template <class Action>
@@ -183,9 +171,14 @@ ZShapeEditor::ZShapeEditor(ZModulatorEditorContext& context, int lfoIndex)
     next_ = AddChild(std::make_unique<ZButton>("\u25B6", [this] { StepPreset(1); }));
     next_->SetName("NextShapePreset");
     next_->SetHelpText("<name>Next preset</name> <p>Loads the shape preset after the current one.</p>");
-    load_ = AddChild(std::make_unique<ZButton>("Load\u2026", [this] { OpenPresetMenu(); }));
+    fromSound_ = AddChild(std::make_unique<ZButton>("From sound\u2026", [this] { OpenSoundMenu(); }));
+    fromSound_->SetName("ShapeFromSound");
+    fromSound_->SetHelpText("<name>From sound</name> <p>Takes the shape from a sound file (wav, aif, aiff, flac, "
+                            "mp3, maf): the waveform of one of its cycles, or its envelope.</p>");
+    load_ = AddChild(std::make_unique<ZButton>("Load\u2026", [this] { OpenPresetWindow(); }));
     load_->SetName("LoadShapePreset");
-    load_->SetHelpText("<name>Load</name> <p>Chooses a shape preset to load.</p>");
+    load_->SetHelpText("<name>Load</name> <p>Opens the shape presets: load, rename, sort into folders, export and "
+                       "import.</p>");
     saveAs_ = AddChild(std::make_unique<ZButton>("Save as\u2026", [this] { OpenSaveAs(); }));
     saveAs_->SetName("SaveShapePreset");
     saveAs_->SetHelpText("<name>Save as</name> <p>Keeps the shape as a new preset of your own.</p>");
@@ -265,21 +258,25 @@ void ZShapeEditor::StepPreset(int direction)
     status_->SetText(presets_->Caption());
 }
 
-void ZShapeEditor::OpenPresetMenu()
+// The window keeps the presets alive while it is open.
+void ZShapeEditor::OpenPresetWindow()
 {
     ZUIRoot* owner = root();
     if (owner == nullptr)
         return;
     presets_->Reload();
-    const std::vector<std::string> names = presets_->Names();
+    ShowPresetWindow(*owner, presets_->manager(), "Shape presets", [presets = presets_] {});
+}
+
+void ZShapeEditor::OpenSoundMenu()
+{
+    ZUIRoot* owner = root();
+    if (owner == nullptr)
+        return;
     std::vector<ZMenuItem> items;
-    for (int i = 0; i < static_cast<int>(names.size()); ++i)
-        items.push_back({.text = names[static_cast<size_t>(i)],
-                         .action = [presets = presets_, i] { presets->Load(i); },
-                         .checked = i == presets_->Current()});
-    if (items.empty())
-        items.push_back({.text = "No shape presets yet", .action = {}, .enabled = false});
-    ZPopupMenu::Show(*owner, std::move(items), load_->bounds(), load_->bounds().width);
+    items.push_back({.text = "Waveform of one cycle\u2026", .action = [this] { ChooseShapeFromSound(ZShapeSource::Cycle); }});
+    items.push_back({.text = "Envelope\u2026", .action = [this] { ChooseShapeFromSound(ZShapeSource::Envelope); }});
+    ZPopupMenu::Show(*owner, std::move(items), fromSound_->bounds(), fromSound_->bounds().width);
 }
 
 // A text field over the status line takes the new preset's name; Enter saves it.
@@ -321,11 +318,12 @@ void ZShapeEditor::Layout()
     const double knobsTop = std::round(b.y + (bottomRow - b.y - 2 * knobHeight - gap) / 2);
     phaseOffset_->SetBounds({b.right() - knobWidth, knobsTop, knobWidth, knobHeight});
     smoothing_->SetBounds({b.right() - knobWidth, knobsTop + knobHeight + gap, knobWidth, knobHeight});
-    const double loadWidth = 64.0, saveWidth = 76.0;
+    const double loadWidth = 64.0, saveWidth = 76.0, soundWidth = 100.0;
     saveAs_->SetBounds({b.right() - saveWidth, bottomRow, saveWidth, row});
     load_->SetBounds({saveAs_->bounds().x - gap - loadWidth, bottomRow, loadWidth, row});
+    fromSound_->SetBounds({load_->bounds().x - gap - soundWidth, bottomRow, soundWidth, row});
     previous_->SetBounds({b.x, bottomRow, kArrowWidth, row});
-    next_->SetBounds({load_->bounds().x - gap - kArrowWidth, bottomRow, kArrowWidth, row});
+    next_->SetBounds({fromSound_->bounds().x - gap - kArrowWidth, bottomRow, kArrowWidth, row});
     status_->SetBounds({previous_->bounds().right() + 4, bottomRow, next_->bounds().x - 4 - previous_->bounds().right() - 4, row});
 }
 

@@ -35,7 +35,9 @@ public:
     void ChangeCount(int change);
     // The preset commands, as their buttons give them.
     void StepPreset(int direction);
-    void OpenPresetMenu();
+    void OpenPresetWindow();
+    // The menu of "From sound…": one cycle's waveform or the envelope.
+    void OpenSoundMenu();
     void OpenSaveAs();
     // Takes the shape from a sound file: one cycle of its waveform or its envelope, as
     // smoothly joined steps. Returns why it could not, or empty; a failure changes nothing.
@@ -62,6 +64,7 @@ private:
     ZButton* previous_;
     ZLabel* status_;
     ZButton* next_;
+    ZButton* fromSound_;
     ZButton* load_;
     ZButton* saveAs_;
     std::shared_ptr<ZSettingMirror<ZSignalGenerator>> values_; // family, phase offset, smoothing

@@ -5,6 +5,7 @@
 #include "analysis/impulse_analysis.h"
 #include "audio_import/audio_file_reader.h"
 #include "audio_import/audio_file_writer.h"
+#include "editor/decay_display.h"
 #include "editor/offscreen_editor.h"
 #include "editor/reverb_editor_view.h"
 #include "modulation/audio_effect_plugin_to_audio_plugin_adapter.h"
@@ -13,6 +14,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <thread>
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
@@ -194,6 +196,17 @@ halvern::ZModulatorSelection pageNamed(const std::string& name)
     throw UsageError("there is no page \"" + name + "\"");
 }
 
+// The decay display measures on its own thread: the picture waits for its figures (a
+// minute at most).
+void waitForDecay(halvern::ZOffscreenEditor& editor)
+{
+    auto* decay = dynamic_cast<halvern::ZDecayDisplay*>(editor.root().content()->FindByName("DecayDisplay"));
+    for (int tick = 0; decay != nullptr && !decay->measurement() && tick < 60 * 60; ++tick) {
+        editor.Tick();
+        std::this_thread::sleep_for(std::chrono::milliseconds(16));
+    }
+}
+
 int drawEditor(const Options& options)
 {
     const halvern::ZModulatorSelection page = pageNamed(options.page);
@@ -202,6 +215,7 @@ int drawEditor(const Options& options)
     editor.Open(page);
     if (options.page == kPresetWindow)
         editor.view().OpenPresetWindow();
+    waitForDecay(editor);
     if (!editor.WritePNG(options.editorPNG))
         throw std::runtime_error("cannot write " + options.editorPNG);
     const halvern::ZCanvas& canvas = editor.root().canvas();

@@ -1,9 +1,14 @@
 #include "audio_import/audio_file_writer.h"
+#include "editor/preset_window.h"
 #include "editor/shape_editor.h"
 #include "editor/shape_graph.h"
 #include "tests/editor/modulator_page_fixture.h"
 
+#include "ui/dialog.h"
+
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 #include <filesystem>
 #include <cmath>
@@ -164,8 +169,15 @@ TEST(ShapeEditor, PresetsAreSavedLoadedAndSteppedAndErrorsShowInTheStatusLine)
     }
     page.ChooseFamily("Sine");
     page.Click(page.Find("LoadShapePreset"));
-    page.Choose("Triangle");
+    auto* window = dynamic_cast<ZPresetWindow*>(TopDialog(*page.root));
+    ASSERT_NE(window, nullptr);
+    const auto& rows = window->tree().nodes();
+    const auto triangle = std::find_if(rows.begin(), rows.end(), [](const ZPresetNode& row) { return row.name == "Triangle"; });
+    ASSERT_NE(triangle, rows.end());
+    page.ClickAt(window->tree().RowRect(static_cast<int>(triangle - rows.begin())).center());
+    page.Click(*window->FindByName("Load"));
     EXPECT_EQ(page.lfo().shape().family(), Family::Triangle);
+    page.Click(*window->FindByName("Close"));
     EXPECT_EQ(page.Find("ShapePresetStatus").Text(), "Triangle");
     page.Click(page.Find("NextShapePreset"));
     EXPECT_EQ(page.lfo().shape().family(), Family::Square);

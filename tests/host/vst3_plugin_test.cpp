@@ -600,7 +600,7 @@ TEST(VST3Plugin, SilentInputAfterTheTailGivesFlaggedSilence)
     EXPECT_EQ(out, Silence(2, 480));
 }
 
-TEST(VST3Plugin, VariableBlocksAndEveryRateGiveCleanOutput)
+TEST(VST3Plugin, VariableBlocksAndRatesGiveCleanOutput)
 {
     std::mt19937 generator(6);
     Instance variable(Factory());
@@ -610,19 +610,19 @@ TEST(VST3Plugin, VariableBlocksAndEveryRateGiveCleanOutput)
         ASSERT_EQ(variable.process(in, out), kResultOk);
         ASSERT_TRUE(Clean(out)) << size;
     }
-    for (double rate : {44100.0, 48000.0, 96000.0})
-        for (int block : {64, 256, 1024}) {
-            Instance instance(Factory());
-            ParameterChanges settings;
-            settings.add(kDepth, 0, 1.0);
-            settings.add(kTime, 0, 1.0);
-            ASSERT_EQ(instance.start(rate, block), kResultOk);
-            ASSERT_EQ(instance.flush(settings), kResultOk);
-            Channels input = Noise(2, static_cast<size_t>(rate / 5), 7);
-            for (auto& channel : input)
-                channel.resize(static_cast<size_t>(rate * 1.2), 0.0f);
-            EXPECT_TRUE(Clean(RunBlocks(instance, input, static_cast<size_t>(block)))) << rate << " " << block;
-        }
+    // The lowest common rate with small blocks and a high rate with large ones.
+    for (auto [rate, block] : {std::pair{44100.0, 64}, std::pair{96000.0, 1024}}) {
+        Instance instance(Factory());
+        ParameterChanges settings;
+        settings.add(kDepth, 0, 1.0);
+        settings.add(kTime, 0, 1.0);
+        ASSERT_EQ(instance.start(rate, block), kResultOk);
+        ASSERT_EQ(instance.flush(settings), kResultOk);
+        Channels input = Noise(2, static_cast<size_t>(rate / 5), 7);
+        for (auto& channel : input)
+            channel.resize(static_cast<size_t>(rate * 1.2), 0.0f);
+        EXPECT_TRUE(Clean(RunBlocks(instance, input, static_cast<size_t>(block)))) << rate << " " << block;
+    }
     // Rates of 100 Hz and below or above 768 kHz are refused.
     Instance refusing(Factory());
     for (double rate : {100.0, 768001.0, 1e9})

@@ -192,43 +192,43 @@ TEST(ReverbEffect, DefaultDampeningShortensTheLowestAndHighestBands)
     EXPECT_LT(band(8000.0), band(1000.0));
 }
 
+// The late network's own test sweeps every mode, diffusion and modulation for stability;
+// here each mode runs once through the whole effect, fully diffused and modulated.
 TEST(ReverbEffect, StaysBoundedForLongNoiseAtTheLongestTimeAndDecaysAfterwards)
 {
     const double rate = 16000.0;
     std::mt19937 generator(3);
     std::uniform_real_distribution<float> uniform(-1.0f, 1.0f);
-    for (const char* mode : {"Mode 1", "Mode 2", "Mode 3", "Mode 4"})
-        for (const char* diffusion : {"0", "50", "100"})
-            for (const char* modulation : {"0", "100"}) {
-                RenderSession session(rate, 512);
-                for (auto [key, text] : {std::pair{"ReverbMode", mode}, {"ReverbDiffusion", diffusion}, {"Modulation", modulation},
-                                         {"ReverbTime", "30000"}, {"LowDamp", "0"}, {"HighDamp", "0"},
-                                         {"ReverbDepth", "100"}, {"Reverbation", "100"}})
-                    session.setByKey(key, text);
-                session.start();
-                AudioData noise;
-                noise.sampleRate = rate;
-                noise.channels.assign(2, std::vector<float>(static_cast<size_t>(60 * rate)));
-                for (auto& channel : noise.channels)
-                    for (float& sample : channel)
-                        sample = uniform(generator);
-                // 60 s of noise and then the first 4 s of the tail.
-                AudioData out = session.render(noise);
-                const size_t end = static_cast<size_t>(64 * rate);
-                float peak = 0.0f;
-                double lastSecondOfNoise = 0.0, lastSecondOfTail = 0.0;
-                for (size_t i = 0; i < end; ++i) {
-                    const float x = out.channels[0][i];
-                    ASSERT_TRUE(std::isfinite(x)) << mode << " " << diffusion << " " << modulation;
-                    peak = std::max(peak, std::fabs(x));
-                    if (i >= static_cast<size_t>(59 * rate) && i < static_cast<size_t>(60 * rate))
-                        lastSecondOfNoise += x * x;
-                    if (i >= static_cast<size_t>(63 * rate))
-                        lastSecondOfTail += x * x;
-                }
-                EXPECT_LT(peak, 100.0f) << mode << " " << diffusion << " " << modulation;
-                EXPECT_LT(lastSecondOfTail, lastSecondOfNoise) << mode << " " << diffusion << " " << modulation;
-            }
+    for (const char* mode : {"Mode 1", "Mode 2", "Mode 3", "Mode 4"}) {
+        RenderSession session(rate, 512);
+        for (auto [key, text] : {std::pair{"ReverbMode", mode}, {"ReverbDiffusion", "100"}, {"Modulation", "100"},
+                                 {"ReverbTime", "30000"}, {"LowDamp", "0"}, {"HighDamp", "0"},
+                                 {"ReverbDepth", "100"}, {"Reverbation", "100"}})
+            session.setByKey(key, text);
+        session.start();
+        AudioData noise;
+        noise.sampleRate = rate;
+        noise.channels.assign(2, std::vector<float>(static_cast<size_t>(60 * rate)));
+        for (auto& channel : noise.channels)
+            for (float& sample : channel)
+                sample = uniform(generator);
+        // 60 s of noise and then the first 4 s of the tail.
+        AudioData out = session.render(noise);
+        const size_t end = static_cast<size_t>(64 * rate);
+        float peak = 0.0f;
+        double lastSecondOfNoise = 0.0, lastSecondOfTail = 0.0;
+        for (size_t i = 0; i < end; ++i) {
+            const float x = out.channels[0][i];
+            ASSERT_TRUE(std::isfinite(x)) << mode;
+            peak = std::max(peak, std::fabs(x));
+            if (i >= static_cast<size_t>(59 * rate) && i < static_cast<size_t>(60 * rate))
+                lastSecondOfNoise += x * x;
+            if (i >= static_cast<size_t>(63 * rate))
+                lastSecondOfTail += x * x;
+        }
+        EXPECT_LT(peak, 100.0f) << mode;
+        EXPECT_LT(lastSecondOfTail, lastSecondOfNoise) << mode;
+    }
 }
 
 TEST(ReverbEffect, AnyInputLeavesTheOutputFiniteAndTheReverbRecovers)
