@@ -251,16 +251,6 @@ std::string bandLabel(double centreHz)
     return text;
 }
 
-const char* methodName(ZDecayMethod method)
-{
-    switch (method) {
-    case ZDecayMethod::T30: return "T30";
-    case ZDecayMethod::T20: return "T20";
-    case ZDecayMethod::NotMeasurable: break;
-    }
-    return "-";
-}
-
 std::string formatLine(const ZBandAnalysis& band)
 {
     char line[96];
@@ -275,11 +265,24 @@ std::string formatLine(const ZBandAnalysis& band)
     if (band.earlyToLateDb)
         std::snprintf(ratio, sizeof ratio, "%+.1f", *band.earlyToLateDb);
     std::snprintf(line, sizeof line, "%-10s %10s  %-6s %16s\n", bandLabel(band.centreHz).c_str(), decay,
-                  methodName(band.decay.method), ratio);
+                  DecayMethodName(band.decay.method, "-"), ratio);
     return line;
 }
 
 } // namespace
+
+const char* DecayMethodName(ZDecayMethod method, const char* unmeasured)
+{
+    switch (method) {
+    case ZDecayMethod::T30:
+        return "T30";
+    case ZDecayMethod::T20:
+        return "T20";
+    case ZDecayMethod::NotMeasurable:
+        break;
+    }
+    return unmeasured;
+}
 
 ZOctaveBandFilter::ZOctaveBandFilter(double sampleRate, double centreHz)
 {

@@ -80,6 +80,9 @@ ZImpulseReport AnalyseImpulseResponse(const ZAudioData& response);
 // the method that measured it and the early-to-late ratio.
 std::string FormatImpulseReport(const ZImpulseReport& report);
 
+// "T30" or "T20", or the given text for a decay that could not be measured.
+const char* DecayMethodName(ZDecayMethod method, const char* unmeasured);
+
 // The broadband level over time, for drawing: the mean of the channels' summed squared
 // samples in consecutive steps, in dB below the loudest step (which is 0 dB).
 struct ZLevelEnvelope {

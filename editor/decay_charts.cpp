@@ -43,16 +43,6 @@ std::string bandText(const ZBandAnalysis& band)
     return band.centreHz >= 1000.0 ? numberText(band.centreHz / 1000.0, " kHz") : numberText(band.centreHz, " Hz");
 }
 
-const char* methodText(ZDecayMethod method)
-{
-    switch (method) {
-    case ZDecayMethod::T30: return "T30";
-    case ZDecayMethod::T20: return "T20";
-    case ZDecayMethod::NotMeasurable: break;
-    }
-    return "\u2013";
-}
-
 // ---- level over time ------------------------------------------------------------------
 
 double onsetSeconds(const ZLevelEnvelope& envelope)
@@ -158,7 +148,7 @@ void paintSeriesLevel(ZCanvas& canvas, const ZTheme& theme, const ZRect& plot, c
         const double x = plot.x + plot.width * *end / axis.seconds;
         canvas.Line({x, plot.y}, {x, plot.bottom()}, series.color.withAlpha(0.6), theme.lineWidth);
         const ZDecayTime& decay = series.measurement->report.broadband.decay;
-        const std::string text = std::string(methodText(decay.method)) + " " + DecayText(decay);
+        const std::string text = std::string(DecayMethodName(decay.method, "\u2013")) + " " + DecayText(decay);
         const ZTextStyle style{theme.smallFontSize, ZFontWeight::SemiBold, series.color};
         const double width = canvas.TextWidth(text, style) + 4;
         const double left = x + 5 + width > plot.right() ? x - 5 - width : x + 5;
@@ -207,7 +197,7 @@ void paintBar(ZCanvas& canvas, const ZTheme& theme, const ZRect& plot, double to
     char text[16];
     std::snprintf(text, sizeof text, band.decay.seconds < 10.0 ? "%.2f" : "%.1f", band.decay.seconds);
     canvas.DrawTextInRect(text, {x - kBarGap / 2 - 4, bar.y - 16, labelWidth + 8, 15}, value, ZTextAlign::Center);
-    canvas.DrawTextInRect(methodText(band.decay.method), methodRow, method, ZTextAlign::Center);
+    canvas.DrawTextInRect(DecayMethodName(band.decay.method, "\u2013"), methodRow, method, ZTextAlign::Center);
 }
 
 } // namespace

@@ -112,8 +112,6 @@ TEST(DecayDisplay, ReferenceFromASoundFileAndPictures)
         page.root->SetScale(scale);
         page.root->InvalidateAll();
         page.Tick();
-        const std::string png = "/tmp/decay_display_" + std::to_string(static_cast<int>(scale)) + ".png";
-        EXPECT_TRUE(page.root->canvas().WritePNG(png)) << png;
     }
     page.Click(page.Find("LoadReference"));
     auto* chooser = dynamic_cast<ZFileChooser*>(TopDialog(*page.root));

@@ -1,3 +1,4 @@
+#include "tests/ui/dialog_root_fixture.h"
 #include "ui/dialog.h"
 #include "ui/file_chooser.h"
 
@@ -15,44 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct DialogRoot {
-    ZTheme theme = ZTheme::Default();
-    ZUIRoot root{1200, 800, 1.0, theme};
-    double now = 0.0;
-
-    DialogRoot() { root.SetContent(std::make_unique<ZView>()); }
-    void Tick()
-    {
-        root.Tick(now += 1.0 / 60.0);
-        root.Paint();
-    }
-    void ClickAt(ZPoint at, int clicks = 1)
-    {
-        for (int count = 1; count <= clicks; ++count) {
-            root.MouseMove({at});
-            root.MouseDown({at, ZMouseButton::Left, kModifierNone, count});
-            root.MouseUp({at});
-        }
-        Tick();
-    }
-    ZView& Find(const std::string& name)
-    {
-        ZView* found = TopDialog(root) != nullptr ? TopDialog(root)->FindByName(name) : nullptr;
-        if (found == nullptr)
-            throw std::runtime_error("no view named " + name + " in the top dialog");
-        return *found;
-    }
-    void Click(const std::string& name) { ClickAt(Find(name).bounds().center()); }
-    void Press(ZKey key, const std::string& text = {})
-    {
-        ZKeyEvent event;
-        event.key = key;
-        event.text = text;
-        root.Key(event);
-        Tick();
-    }
-    void Type(const std::string& text) { Press(ZKey::Character, text); }
-};
+using DialogRoot = ZDialogRootFixture;
 
 TEST(Dialog, PromptAndQuestionAnswerByKeysAndButtonsAndIgnoreClicksBeside)
 {
@@ -66,7 +30,6 @@ TEST(Dialog, PromptAndQuestionAnswerByKeysAndButtonsAndIgnoreClicksBeside)
     ASSERT_EQ(TopDialog(ui.root), prompt);
     EXPECT_EQ(ui.root.focused(), &prompt->field());
     EXPECT_TRUE(prompt->PanelRect().contains(prompt->field().bounds()));
-    EXPECT_TRUE(ui.root.canvas().WritePNG("/tmp/prompt_dialog_1.png"));
     ui.Type("New name");
     ui.Press(ZKey::Enter);
     EXPECT_EQ(accepted, "New name");
@@ -100,7 +63,6 @@ TEST(Dialog, PromptAndQuestionAnswerByKeysAndButtonsAndIgnoreClicksBeside)
     ZDialog* question = TopDialog(ui.root);
     for (const auto& child : question->children())
         EXPECT_TRUE(question->PanelRect().contains(child->bounds())) << child->name();
-    EXPECT_TRUE(ui.root.canvas().WritePNG("/tmp/question_dialog_1.png"));
     ui.Click("No");
     EXPECT_EQ(chosen, 1);
     EXPECT_FALSE(ui.root.HasOverlays());
