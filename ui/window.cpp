@@ -296,9 +296,15 @@ void ZWindow::pressed(XEvent& event)
     ZMouseEvent mouse{position, static_cast<ZMouseButton>(button.button), modifiers,
                       x_->clicks.Press(static_cast<int>(button.button), static_cast<uint32_t>(button.time), button.x, button.y)};
     root_.MouseDown(mouse);
-    // A view that takes keys (a text field) needs the keyboard, which stays with the host otherwise.
-    if (root_.focused() != nullptr && x_->window != 0)
-        XSetInputFocus(x_->display, x_->window, RevertToParent, button.time);
+    takeKeyboardIfWanted(button.time);
+}
+
+// A view that takes keys (a text field, a dialog, a menu) needs the keyboard, which
+// stays with the host otherwise.
+void ZWindow::takeKeyboardIfWanted(unsigned long time)
+{
+    if ((root_.focused() != nullptr || root_.HasOverlays()) && x_->window != 0)
+        XSetInputFocus(x_->display, x_->window, RevertToParent, time);
 }
 
 void ZWindow::released(XEvent& event)
@@ -307,6 +313,7 @@ void ZWindow::released(XEvent& event)
     if (button.button < Button1 || button.button > Button3)
         return;
     root_.MouseUp({logical(button.x, button.y), static_cast<ZMouseButton>(button.button), ModifiersFromX(button.state), 1});
+    takeKeyboardIfWanted(button.time); // a click may have opened a dialog or a menu
     const bool outside = button.x < 0 || button.y < 0 || button.x >= x_->pixelWidth || button.y >= x_->pixelHeight;
     if (outside)
         root_.MouseLeft(); // the drag ended outside, where no leave event comes any more

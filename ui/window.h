@@ -62,6 +62,7 @@ private:
     void configured(int pixelWidth, int pixelHeight);
     void pressed(XEvent& event);
     void released(XEvent& event);
+    void takeKeyboardIfWanted(unsigned long time);
     void moved(int x, int y, unsigned state);
     void left(XEvent& event);
     void keyPressed(XEvent& event);
