@@ -111,12 +111,21 @@ void ZQuessaneAudioEffectPlugin::PasteIntoLiveSlot(ZMLElement& state)
 
 std::array<bool, ZStateSlots::kCount> ZQuessaneAudioEffectPlugin::SlotsHoldingChanges()
 {
+    const ZMLElement& defaults = slots_.initialState();
+    // Slots read from a state carry the name of their child there: only the content counts.
+    const auto differs = [&defaults](const ZMLElement& state) {
+        if (state.name() == defaults.name())
+            return !(state == defaults);
+        const std::unique_ptr<ZMLElement> renamed = state.clone();
+        renamed->setName(defaults.name());
+        return !(*renamed == defaults);
+    };
     std::array<bool, ZStateSlots::kCount> changed{};
-    ZMLElement live(slots_.initialState().name());
+    ZMLElement live(defaults.name());
     ZLockHolder hold(processingLock(), -1);
     serializeState(ZSerializationContext(live, true));
     for (int slot = 0; slot < ZStateSlots::kCount; ++slot)
-        changed[static_cast<size_t>(slot)] = !((slot == slots_.live() ? live : slots_.state(slot)) == slots_.initialState());
+        changed[static_cast<size_t>(slot)] = differs(slot == slots_.live() ? live : slots_.state(slot));
     return changed;
 }
 

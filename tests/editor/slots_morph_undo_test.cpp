@@ -83,6 +83,10 @@ TEST(SlotBar, SwitchesCopiesAndPastesSlotsAndTellsTheHost)
     EXPECT_DOUBLE_EQ(f.core->GetParameter(size), 0.9);
     const auto holds = f.core->SlotsHoldingChanges();
     EXPECT_TRUE(holds[0] && holds[2] && !holds[1]);
+    // The same after the host has saved and reloaded the state.
+    const std::vector<uint8_t> saved = f.State();
+    LoadPluginState(*f.core, saved.data(), static_cast<int32_t>(saved.size()));
+    EXPECT_EQ(f.core->SlotsHoldingChanges(), holds);
 
     // What is not a copied slot changes nothing and says why.
     const std::vector<uint8_t> before = f.State();
