@@ -1,6 +1,7 @@
 #include "editor/editor_toolbar.h"
 
 #include "ui/controls/button.h"
+#include "ui/controls/popup_menu.h"
 #include "ui/ui_root.h"
 
 namespace halvern {
@@ -75,6 +76,17 @@ void ZEditorToolbar::Refresh()
         page.button->SetChecked(page.kind == open);
     undo_->SetEnabled(actions_.canUndo());
     redo_->SetEnabled(actions_.canRedo());
+}
+
+bool ZEditorToolbar::OnMouseDown(const ZMouseEvent& event)
+{
+    if (event.button != ZMouseButton::Right || root() == nullptr)
+        return false;
+    std::vector<ZMenuItem> items;
+    items.push_back({.text = "Undo", .action = actions_.undo, .enabled = actions_.canUndo()});
+    items.push_back({.text = "Redo", .action = actions_.redo, .enabled = actions_.canRedo()});
+    ZPopupMenu::Show(*root(), std::move(items), {event.position.x, event.position.y, 1, 1});
+    return true;
 }
 
 void ZEditorToolbar::PaintSelf(ZCanvas& canvas)

@@ -1,7 +1,8 @@
 #pragma once
 
 // The row under the editor's header: the A-H slots with copy and paste, the buttons that open the bottom area's pages (the morph pad, the equalizer,
-// the decay display, the MIDI settings) and the modulators' menu, and undo and redo.
+// the decay display, the MIDI settings) and the modulators' menu, and undo and redo,
+// which a right-click on the toolbar also offers as a menu.
 
 #include "editor/modulator_editor_context.h"
 #include "ui/view.h"
@@ -31,6 +32,8 @@ public:
 
     void Layout() override;
     void Refresh() override;
+    bool AcceptsMouse() const override { return true; }
+    bool OnMouseDown(const ZMouseEvent& event) override;
 
 protected:
     void PaintSelf(ZCanvas& canvas) override;

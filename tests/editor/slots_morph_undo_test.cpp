@@ -5,6 +5,7 @@
 #include "reverb/halvern_audio_effect_plugin.h"
 #include "state/plugin_state_block.h"
 #include "state/quessane_audio_effect_plugin.h"
+#include "ui/controls/popup_menu.h"
 #include "ui/controls/xy_pad.h"
 #include "state/zml_writer.h"
 #include "ui/dialog.h"
@@ -157,6 +158,17 @@ TEST(UndoHistory, EachUndoPutsBackTheStateBeforeAndRedoGoesForwardAgain)
         f.Click("Redo");
         EXPECT_EQ(f.State(), states[i]) << "redo to step " << i;
     }
+    // The toolbar's menu undoes too.
+    const ZRect toolbar = f.Find("Toolbar").bounds();
+    const ZPoint beside{toolbar.right() - 300, toolbar.center().y};
+    f.editor.root().MouseMove({beside});
+    f.editor.root().MouseDown({beside, ZMouseButton::Right});
+    f.editor.root().MouseUp({beside, ZMouseButton::Right});
+    auto* menu = dynamic_cast<ZPopupMenu*>(f.editor.root().overlays().back().get());
+    ASSERT_NE(menu, nullptr);
+    ASSERT_EQ(menu->items().front().text, "Undo");
+    menu->items().front().action();
+    EXPECT_EQ(f.State(), states[states.size() - 2]);
 }
 
 } // namespace
