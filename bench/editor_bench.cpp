@@ -1,9 +1,9 @@
 // The reverb editor's costs: a full repaint at scale 1 and 2 (the target is at most
 // 8 ms at scale 1), one second of an open editor's timer ticks while audio runs (the
 // meters move, nothing else changes), and the audio thread's cost with the editor's
-// metering on against off, at 48 kHz stereo in 512-sample blocks; and the two state
-// copies the editor takes: the slot selector's look at which slots hold changes and one
-// undo step.
+// metering and the equalizer's analyser on against off, at 48 kHz stereo in 512-sample
+// blocks; and the two state copies the editor takes: the slot selector's look at which
+// slots hold changes and one undo step.
 
 #include "editor/offscreen_editor.h"
 #include "editor/undo_history.h"
@@ -83,16 +83,19 @@ void BM_EditorIdleSecond(benchmark::State& state)
 }
 BENCHMARK(BM_EditorIdleSecond)->Unit(benchmark::kMillisecond);
 
+// With the editor open the audio thread keeps peaks for the meters and, while the
+// equalizer page is open, copies the reverberation for its analyser.
 void BM_AudioWithEditor(benchmark::State& state)
 {
     Instance instance;
     instance.core.SetMetering(state.range(0) != 0);
+    dynamic_cast<HalvernAudioEffectPlugin&>(instance.core.effect()).SetWetAnalysis(state.range(1) != 0);
     for (auto _ : state)
         instance.block();
     state.counters["realtime"] = benchmark::Counter(static_cast<double>(state.iterations()) * kBlock / kRate,
                                                     benchmark::Counter::kIsRate);
 }
-BENCHMARK(BM_AudioWithEditor)->ArgName("open")->Arg(0)->Arg(1);
+BENCHMARK(BM_AudioWithEditor)->ArgNames({"open", "analyser"})->Args({0, 0})->Args({1, 0})->Args({1, 1});
 
 } // namespace
 
