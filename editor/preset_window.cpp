@@ -328,11 +328,19 @@ void ZPresetWindow::step(int direction)
     rebuild();
 }
 
+// What a preset held is gone once replaced: the user is asked first.
 void ZPresetWindow::replace()
 {
     const ZPresetNode node = *selected();
-    save([this, &node](ZPresetCollection& collection) { source_->Replace(elementAt(collection.root(), node)); });
-    setStatus(inQuotes(node.name) + " now holds the current settings.");
+    const std::string question = "Replace what the preset " + inQuotes(node.name) + " holds by the current settings?";
+    ShowQuestion(*root(), Text(), question, {"Replace", "Cancel"}, [this, node](int button) {
+        if (button != 0)
+            return;
+        run([&] {
+            save([&](ZPresetCollection& collection) { source_->Replace(elementAt(collection.root(), node)); });
+            setStatus(inQuotes(node.name) + " now holds the current settings.");
+        });
+    });
 }
 
 void ZPresetWindow::saveNew()

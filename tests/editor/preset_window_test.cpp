@@ -117,6 +117,8 @@ TEST(PresetWindow, LoadsSavesReplacesRenamesExportsImportsAndDeletesOnRealFiles)
     ui.Click("Load");
     ui.Select("Mine");
     ui.Click("Replace");
+    EXPECT_EQ(ui.ContentOf(ui.OnDisk(), 0), firstState) << "nothing is replaced before the user agrees";
+    ui.Click("Replace"); // the question's answer
     EXPECT_EQ(ui.ContentOf(ui.OnDisk(), 0), secondState);
 
     ui.Click("Rename");
