@@ -5,48 +5,19 @@
 // blocks; and the two state copies the editor takes: the slot selector's look at which
 // slots hold changes and one undo step.
 
+#include "bench/reverb_instance.h"
 #include "editor/offscreen_editor.h"
 #include "editor/undo_history.h"
-#include "reverb/halvern_audio_effect_plugin.h"
-#include "state/quessane_audio_effect_plugin.h"
 
 #include <benchmark/benchmark.h>
-
-#include <random>
-#include <vector>
 
 namespace {
 
 using namespace halvern;
 
-constexpr int kBlock = 512;
-constexpr double kRate = 48000.0;
+using bench::ReportRealtime;
+using Instance = bench::ZBenchReverb;
 constexpr int kTicksPerSecond = 60;
-
-struct Instance {
-    ZQuessaneAudioEffectPlugin core{std::make_unique<HalvernAudioEffectPlugin>()};
-    std::vector<float> left = std::vector<float>(kBlock), right = std::vector<float>(kBlock);
-    std::vector<float> outLeft = std::vector<float>(kBlock), outRight = std::vector<float>(kBlock);
-
-    Instance()
-    {
-        core.SetSampleRate(kRate);
-        core.SetMaxBlockSize(kBlock);
-        core.InitProcessing();
-        std::mt19937 generator(3);
-        std::uniform_real_distribution<float> uniform(-0.5f, 0.5f);
-        for (int i = 0; i < kBlock; ++i) {
-            left[static_cast<size_t>(i)] = uniform(generator);
-            right[static_cast<size_t>(i)] = uniform(generator);
-        }
-    }
-    void block()
-    {
-        float* channels[2] = {left.data(), right.data()};
-        float* outputs[2] = {outLeft.data(), outRight.data()};
-        core.ProcessBlock(channels, outputs, kBlock, true);
-    }
-};
 
 void BM_EditorFullRepaint(benchmark::State& state)
 {
@@ -92,8 +63,7 @@ void BM_AudioWithEditor(benchmark::State& state)
     dynamic_cast<HalvernAudioEffectPlugin&>(instance.core.effect()).SetWetAnalysis(state.range(1) != 0);
     for (auto _ : state)
         instance.block();
-    state.counters["realtime"] = benchmark::Counter(static_cast<double>(state.iterations()) * kBlock / kRate,
-                                                    benchmark::Counter::kIsRate);
+    ReportRealtime(state);
 }
 BENCHMARK(BM_AudioWithEditor)->ArgNames({"open", "analyser"})->Args({0, 0})->Args({1, 0})->Args({1, 1});
 

@@ -4,12 +4,8 @@
 // after loud input next to a block of noise (the silence must not cost more: no
 // denormal slowdown). "realtime" is audio seconds processed per CPU second.
 
-#include "reverb/halvern_audio_effect_plugin.h"
-#include "state/quessane_audio_effect_plugin.h"
+#include "bench/reverb_instance.h"
 
-#include <benchmark/benchmark.h>
-
-#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,55 +14,17 @@ namespace {
 
 using namespace halvern;
 
-constexpr int kBlock = 512;
-constexpr double kRate = 48000.0;
-
-struct Reverb {
-    ZQuessaneAudioEffectPlugin core{std::make_unique<HalvernAudioEffectPlugin>()};
-    std::vector<float> left = std::vector<float>(kBlock), right = std::vector<float>(kBlock);
-    std::vector<float> outLeft = std::vector<float>(kBlock), outRight = std::vector<float>(kBlock);
-
-    explicit Reverb(const std::vector<std::pair<std::string, std::string>>& settings)
-    {
-        core.SetSampleRate(kRate);
-        core.SetMaxBlockSize(kBlock);
-        for (const auto& [key, text] : settings)
-            for (int index = 0; index < core.GetParameterCount(); ++index)
-                if (core.GetParameterID(index) == key)
-                    core.SetParameterFromDisplayText(index, text);
-        core.InitProcessing();
-        fillNoise();
-    }
-    void fillNoise()
-    {
-        std::mt19937 generator(7);
-        std::uniform_real_distribution<float> uniform(-0.5f, 0.5f);
-        for (int i = 0; i < kBlock; ++i) {
-            left[static_cast<size_t>(i)] = uniform(generator);
-            right[static_cast<size_t>(i)] = uniform(generator);
-        }
-    }
-    void block()
-    {
-        float* in[2] = {left.data(), right.data()};
-        float* out[2] = {outLeft.data(), outRight.data()};
-        core.ProcessBlock(in, out, kBlock, true);
-        benchmark::DoNotOptimize(outLeft.data());
-    }
-};
-
-void reportRealtime(benchmark::State& state)
-{
-    state.counters["realtime"] = benchmark::Counter(static_cast<double>(state.iterations()) * kBlock / kRate,
-                                                    benchmark::Counter::kIsRate);
-}
+using bench::kBlock;
+using bench::kRate;
+using bench::ReportRealtime;
+using Reverb = bench::ZBenchReverb;
 
 void runPatch(benchmark::State& state, const std::vector<std::pair<std::string, std::string>>& settings)
 {
     Reverb reverb(settings);
     for (auto _ : state)
         reverb.block();
-    reportRealtime(state);
+    ReportRealtime(state);
 }
 
 void BM_ReverbDefault(benchmark::State& state) { runPatch(state, {}); }
@@ -89,7 +47,7 @@ void BM_ReverbSilenceAfterLoudInput(benchmark::State& state)
     std::fill(reverb.right.begin(), reverb.right.end(), 0.0f);
     for (auto _ : state)
         reverb.block();
-    reportRealtime(state);
+    ReportRealtime(state);
 }
 
 BENCHMARK(BM_ReverbDefault);
