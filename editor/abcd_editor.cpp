@@ -17,9 +17,6 @@ constexpr const char* kAbout =
     "parameter takes the mix of its values in the four slots at the point's position.</p>"
     "<p>The blend goes into the live slot. Set up A to D first, then switch to a slot from E to H and morph "
     "there, so the four corners stay as they are.</p>";
-constexpr const char* kAGCHelp =
-    "Automatic gain control: keeps the output about as loud as the input, so slots and presets can be "
-    "compared at equal loudness.";
 
 // One of the pad's axes: a host parameter whose every change also blends at once.
 class MorphAxisBinding : public ZHostParameterBinding {
@@ -89,9 +86,8 @@ ABCDEditor::ABCDEditor(ZQuessaneAudioEffectPlugin& core, ZEditorHost& host, std:
     position_ = AddChild(std::make_unique<ZLabel>("", ZLabelStyle::Value));
     position_->SetName("MorphPosition");
     agc_ = AddChild(std::move(agc));
-    agc_->SetHelpText(kAGCHelp);
     agcLabel_ = AddChild(std::make_unique<ZLabel>("AGC", ZLabelStyle::Text));
-    agcLabel_->SetHelpText(kAGCHelp);
+    agcLabel_->SetHelpText(agc_->HelpText());
 }
 
 int ABCDEditor::SlotOutsideSquare() { return ZABCDMorph::kCorners; } // slot E

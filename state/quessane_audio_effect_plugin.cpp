@@ -15,6 +15,10 @@ constexpr const char* kMorphWarning =
     "it. ABCD morphing uses presets A,B,C and D, so next time you use it you would be morphing different presets, "
     "because you are going to change one of them.";
 
+constexpr const char* kAGCHelp =
+    "Automatic gain control: keeps the output about as loud as the input, so slots and presets can be "
+    "compared at equal loudness.";
+
 } // namespace
 
 ZQuessaneAudioEffectPlugin::ZQuessaneAudioEffectPlugin() = default;
@@ -59,7 +63,7 @@ void ZQuessaneAudioEffectPlugin::registerParameters()
         parameters().add({"ABCDMorphingU", "ABCD morphing U", "", ZParameterType::Float, "", true, false}, &morph_.axis(0));
     parameters().add({"ABCDMorphingV", "ABCD morphing V", "", ZParameterType::Float, "", true, false}, &morph_.axis(1));
     agcValue_.setFormatter(FormatOnOff);
-    agcParameter_ = parameters().add({"AGC", "AGC", "", ZParameterType::Switch, "", true, false}, &agcValue_);
+    agcParameter_ = parameters().add({"AGC", "AGC", "", ZParameterType::Switch, kAGCHelp, true, false}, &agcValue_);
 }
 
 // ---------------------------------------------------------------- slots
