@@ -4,6 +4,7 @@
 #include "editor/function_binding.h"
 #include "editor/host_parameter_binding.h"
 #include "editor/page_layout.h"
+#include "editor/preset_source.h"
 #include "editor/value_binding.h"
 #include "state/preset_content.h"
 #include "ui/box_layout.h"
@@ -335,12 +336,10 @@ void ZMultiParameterEditor::SelectBank(int bank)
 
 std::string ZMultiParameterEditor::presetName()
 {
-    const std::vector<const ZMLElement*> sequence = presets_.sequence();
-    const int32_t current = presets_.owner().currentPresetIndex();
-    if (current < 0 || current >= static_cast<int32_t>(sequence.size()))
-        return sequence.empty() ? "No presets" : "\u2014";
-    const std::string* name = sequence[static_cast<size_t>(current)]->findAttribute(kPresetName);
-    return name != nullptr ? *name : std::string();
+    const std::string name = CurrentPresetName(presets_);
+    if (!name.empty())
+        return name;
+    return presets_.sequence().empty() ? "No presets" : "\u2014";
 }
 
 void ZMultiParameterEditor::showMenuOfPresets(const ZRect& anchor)

@@ -1,5 +1,6 @@
 #include "editor/shape_editor.h"
 
+#include "editor/preset_source.h"
 #include "editor/preset_window.h"
 
 #include "audio_import/audio_file_reader.h"
@@ -83,11 +84,9 @@ public:
     {
         if (!message_.empty())
             return message_;
-        const std::vector<const ZMLElement*> presets = manager_.sequence();
-        const int32_t current = manager_.owner().currentPresetIndex();
-        if (current >= 0 && current < static_cast<int32_t>(presets.size()))
-            return presets[static_cast<size_t>(current)]->getAttribute(kPresetName);
-        return presets.empty() ? "No shape presets yet" : "No preset";
+        if (std::string name = CurrentPresetName(manager_); !name.empty())
+            return name;
+        return manager_.sequence().empty() ? "No shape presets yet" : "No preset";
     }
 
     // What the user's collection holds now: another instance may have saved meanwhile.
