@@ -12,7 +12,6 @@
 namespace halvern {
 namespace {
 
-// A core with three parameters and an effect that records the gain it saw per piece.
 class ParameterCore : public ZAudioPlugin {
 public:
     double gain = 1.0;
@@ -43,42 +42,30 @@ struct TraceCapture {
     ~TraceCapture() { SetTraceSink(previous); }
 };
 
-TEST(ParameterInterface, ReportsTextsAndDefaultsThroughTheValues)
+TEST(ParameterInterface, ReportsTextsAndDefaultsAndOutOfRangeInputEndsNeutrallyWithTheLocation)
 {
+    TraceCapture trace;
     ParameterCore core;
     EXPECT_DOUBLE_EQ(core.GetParameterDefaultValue(1), 0.5); // 1 of 0..2
-
-    // A panel reads 0, shows nothing and ignores writes.
     EXPECT_EQ(core.GetParameter(0), 0.0);
     EXPECT_EQ(core.GetParameterValueName(0), "");
     core.SetParameter(0, 0.7);
-    EXPECT_EQ(core.GetParameter(0), 0.0);
-
+    EXPECT_EQ(core.GetParameter(0), 0.0) << "a panel ignores writes";
     core.SetParameter(1, 0.75);
     EXPECT_DOUBLE_EQ(core.gain, 1.5);
     EXPECT_EQ(core.GetParameterValueName(1), "+1.50 dB");
     EXPECT_EQ(core.GetParameterValueNameFrom01(1, 0.0), "0.00 dB");
     EXPECT_EQ(core.GetParameterValueNameFrom01(2, 0.6), "Up only");
     EXPECT_DOUBLE_EQ(core.gain, 1.5); // showing another value does not touch the variable
-
     EXPECT_DOUBLE_EQ(core.ParseParameterValueName(1, "+0.50 dB"), 0.25);
     EXPECT_DOUBLE_EQ(core.ParseParameterValueName(2, "Interval"), 1.0);
-    // Text that does not parse leaves the answer at the current value.
-    EXPECT_DOUBLE_EQ(core.ParseParameterValueName(1, "loud"), 0.75);
-}
-
-TEST(ParameterInterface, OutOfRangeInputEndsInANeutralResultWithTheLocation)
-{
-    TraceCapture trace;
-    ParameterCore core;
+    EXPECT_DOUBLE_EQ(core.ParseParameterValueName(1, "loud"), 0.75) << "unparsed text gives the current value";
     EXPECT_EQ(core.GetParameterName(99), "");
     EXPECT_EQ(core.GetParameter(-1), 0.0);
     core.SetParameter(3, 0.5);
     ASSERT_EQ(trace.lines.size(), 3u);
     EXPECT_EQ(trace.lines[0], "ZAudioPlugin::GetParameterName: Invalid parameter index.");
     EXPECT_EQ(trace.lines[2], "ZAudioPlugin::SetParameter: Invalid parameter index.");
-
-    // Values outside 0..1 clamp, NaN is ignored.
     core.SetParameter(1, 7.0);
     EXPECT_DOUBLE_EQ(core.gain, 2.0);
     core.SetParameter(1, std::nan(""));
@@ -96,24 +83,20 @@ TEST(ParameterInterface, ChangesDuringProcessingWaitForTheNextBlockAndGlideAcros
     core.InitProcessing();
     std::vector<float> left(512), right(512);
     float* io[2] = {left.data(), right.data()};
-
     core.SetParameter(1, 1.0); // gain 1 -> 2
     core.SetParameter(2, 0.5); // a stepped parameter jumps
     EXPECT_DOUBLE_EQ(core.gain, 1.0);          // not yet taken over ...
     EXPECT_DOUBLE_EQ(core.GetParameter(1), 1.0); // ... but the host sees its value
     core.ProcessBlock(io, io, 512, true);
-    // Pieces of 128: the gain glides 1 -> 2 over the block and ends on the target.
     EXPECT_EQ(core.gainsSeen, (std::vector<double>{1.0, 1.25, 1.5, 1.75}));
     EXPECT_DOUBLE_EQ(core.gain, 2.0);
     EXPECT_EQ(core.mode, 2);
-
-    // Without changes the block is one piece again.
     core.gainsSeen.clear();
     core.ProcessBlock(io, io, 512, true);
-    EXPECT_EQ(core.gainsSeen, (std::vector<double>{2.0, 2.0}));
+    EXPECT_EQ(core.gainsSeen, (std::vector<double>{2.0, 2.0})) << "no glide without changes";
 }
 
-TEST(ParameterInterface, ChangesMadeInsideArePassedToTheHostOffTheAudioThread)
+TEST(ParameterInterface, ChangesMadeInsideReachTheHostOnceAndAnAdapterRegistersAGroupOfValues)
 {
     struct Host : ZAudioPluginAdapter {
         std::vector<std::pair<int, double>> sent;
@@ -130,11 +113,7 @@ TEST(ParameterInterface, ChangesMadeInsideArePassedToTheHostOffTheAudioThread)
     core.SendPendingAutomation();
     ASSERT_EQ(host.sent.size(), 1u);
     EXPECT_EQ(host.sent[0], std::make_pair(1, 0.25));
-}
 
-TEST(ParameterInterface, AutomationAdapterRegistersAGroupOfValues)
-{
-    ParameterCore core;
     double x = 0.5, y = 1.0;
     ZValueDouble xValue{&x, 0.0, 1.0, 0.5, 0.01, "{0.6}"};
     ZValueDouble yValue{&y, 0.0, 1.0, 1.0, 0.01, "{0.6}"};

@@ -12,18 +12,6 @@
 
 namespace halvern {
 
-// An enumeration declared outside the framework, as an effect declares its own.
-enum class TestReverbMode : int32_t { Mode1, Mode2, Mode3, Mode4 };
-
-template <>
-struct ZEnumNames<TestReverbMode> {
-    static std::span<const char* const> names()
-    {
-        static const char* const kNames[] = {"Mode 1", "Mode 2", "Mode 3", "Mode 4"};
-        return kNames;
-    }
-};
-
 namespace {
 
 // A "value" element with the given attributes, as a value description holds them.
@@ -37,14 +25,12 @@ ZMLElement ValueElement(std::initializer_list<std::pair<const char*, const char*
 
 } // namespace
 
-TEST(ValueNumberTest, IntegerPositionsRoundToNearest)
+TEST(ValueNumberTest, IntegerPositionsRoundToNearestAndWritesReportADifferenceBeforeClamping)
 {
     int number = 0;
     ZValueInt(&number, 0, 3, 0, 1).setNormalized(0.5); // 1.5 + 0.5 truncated
     EXPECT_EQ(number, 2);
     ZValueInt zeroToFour(&number, 0, 4, 0, 1);
-    zeroToFour.setNormalized(0.5);
-    EXPECT_EQ(number, 2);
     number = 7;
     EXPECT_EQ(zeroToFour.getNormalized(), 1.0);
     number = -1;
@@ -63,10 +49,7 @@ TEST(ValueNumberTest, IntegerPositionsRoundToNearest)
     noRounding.setNormalized(0.4999);
     EXPECT_EQ(large, 499);
     EXPECT_EQ(noRounding.stepCount(), 0);
-}
 
-TEST(ValueNumberTest, WritesSetChangedAndReportDifferenceBeforeClamping)
-{
     double gain = 0;
     ZValueDouble value(&gain, -24, 24, 0, 0.5);
     EXPECT_TRUE(value.setNormalized(0.75));
@@ -101,10 +84,8 @@ TEST(ValueNumberTest, StepsResetAndClamping)
     value.stepByExponent(1, 3); // 0.5 * 8, limited to the maximal increment 0.5
     EXPECT_EQ(v, 0.5);
     value.setMaximalIncrement(2);
-    value.stepByExponent(1, 1);
-    EXPECT_EQ(v, 1.5);
     value.stepByExponent(1, 3);
-    EXPECT_EQ(v, 3.5);
+    EXPECT_EQ(v, 2.5);
 
     EXPECT_TRUE(value.resetToDefault());
     EXPECT_EQ(v, 2.0);
@@ -124,49 +105,32 @@ TEST(ValueNumberTest, StepsResetAndClamping)
     EXPECT_EQ(reversed, 5.0);
 }
 
-TEST(ValueNumberTest, StorageTextHasSixDecimalsAndIsNotClamped)
+TEST(ValueNumberTest, StorageTextHasSixDecimalsAndDisplayTextFormatsAndParses)
 {
-    double v = -2.25;
-    ZValueDouble value(&v, 0, 10, 0, 1);
-    EXPECT_EQ(value.toStorageText(), "-2.250000");
-    v = 1.0 / 3.0;
-    EXPECT_EQ(value.toStorageText(), "0.333333");
-    value.fromStorageText("12.5");
-    EXPECT_EQ(v, 12.5);
-    value.fromStorageText("junk");
-    EXPECT_EQ(v, 12.5);
+    double number = -2.25;
+    ZValueDouble stored(&number, 0, 10, 0, 1);
+    EXPECT_EQ(stored.toStorageText(), "-2.250000");
+    number = 1.0 / 3.0;
+    EXPECT_EQ(stored.toStorageText(), "0.333333");
+    stored.fromStorageText("12.5");
+    EXPECT_EQ(number, 12.5);
+    stored.fromStorageText("junk");
+    EXPECT_EQ(number, 12.5);
 
-    int n = 7;
-    ZValueInt integer(&n, 0, 10, 0, 1);
-    EXPECT_EQ(integer.toStorageText(), "7.000000");
-    integer.fromStorageText("3.000000");
-    EXPECT_EQ(n, 3);
-}
-
-TEST(ValueNumberTest, DisplayTextFormatsAndParses)
-{
     double gain = 3;
     ZValueDouble value(&gain, -24, 24, 0, 0.5, "{+0.2} dB");
-    EXPECT_EQ(value.getDisplayText(), "+3.00 dB");
     EXPECT_TRUE(value.setFromDisplayText("-6.5 dB"));
     EXPECT_EQ(gain, -6.5);
     EXPECT_TRUE(value.setFromDisplayText("40 dB"));
     EXPECT_EQ(gain, 24.0);
-    EXPECT_FALSE(value.setFromDisplayText("loud"));
     EXPECT_FALSE(value.setFromDisplayText("5 Hz"));
     EXPECT_EQ(gain, 24.0);
 
-    EXPECT_EQ(value.displayTextAt(0.25), "-12.00 dB");
     EXPECT_EQ(value.displayTextAt(1.5), "+24.00 dB");
     double normalized = 0;
     EXPECT_TRUE(value.normalizedFromDisplayText("+12 dB", normalized));
     EXPECT_EQ(normalized, 0.75);
     EXPECT_EQ(gain, 24.0);
-
-    double plain = 1.25;
-    EXPECT_EQ(ZValueDouble(&plain, 0, 2, 0, 1).getDisplayText(), "1.2500");
-    short count = 7;
-    EXPECT_EQ(ZValueShort(&count, 0, 100, 0, 1, "{0:03}").getDisplayText(), "007");
 }
 
 TEST(ValueNumberTest, LoadAttributesAppliesDefaultValueAndIncrementRules)
@@ -203,18 +167,7 @@ TEST(ValueEnumTest, NormalizedPositionsRoundToNearestIndex)
     EXPECT_EQ(index, 3);
     EXPECT_TRUE(range.setNormalized(1.2));
     EXPECT_EQ(index, 4);
-    EXPECT_EQ(range.displayTextAt(0.6), "Up only");
-
-    ZValueEnum<ZLFOFollowerMode> follower(&index);
-    follower.setNormalized(0.5);
-    EXPECT_EQ(follower.getDisplayText(), "Logarithmic");
-    follower.setNormalized(0.49);
-    EXPECT_EQ(follower.getDisplayText(), "Squared");
-
-    ZValueEnum<TestReverbMode> reverbMode(&index);
-    reverbMode.setNormalized(1.0 / 3.0);
-    EXPECT_EQ(reverbMode.getDisplayText(), "Mode 2");
-    EXPECT_EQ(reverbMode.stepCount(), 4);
+    EXPECT_EQ(range.stepCount(), 5);
 }
 
 TEST(ValueEnumTest, EachEnumerationReadsItsOwnNames)
@@ -227,17 +180,10 @@ TEST(ValueEnumTest, EachEnumerationReadsItsOwnNames)
     EXPECT_EQ(note.toStorageText(), "Switch (all octaves)");
     ZValueEnum<ZMultiParameterMode>(&index).setFromDisplayText("Switch");
     EXPECT_EQ(index, 1);
-    ZValueEnum<ZLFOMode>(&index).fromStorageText("MIDI Envelope");
-    EXPECT_EQ(index, 2);
-    ZValueEnum<ZMultiParameterValueMode>(&index).setNormalized(1.0);
-    EXPECT_EQ(ZValueEnum<ZMultiParameterValueMode>(&index).getDisplayText(), "By first parameter");
 
     ZValueEnum<ZRangeMode> range(&index);
     EXPECT_TRUE(range.setFromDisplayText("down only")); // names match exactly
     EXPECT_EQ(range.getDisplayText(), "Up and down");
-    double normalized = -1;
-    EXPECT_TRUE(range.normalizedFromDisplayText("Down only", normalized));
-    EXPECT_EQ(normalized, 0.75);
 }
 
 TEST(ValueEnumTest, ClampingStepsAndAttributes)
@@ -249,9 +195,7 @@ TEST(ValueEnumTest, ClampingStepsAndAttributes)
     index = -2;
     range.clampToRange();
     EXPECT_EQ(index, 0);
-
-    index = 3;
-    EXPECT_TRUE(range.stepBy(2));
+    EXPECT_TRUE(range.stepBy(9));
     EXPECT_EQ(index, 4);
     EXPECT_TRUE(range.resetToDefault());
     EXPECT_EQ(index, 1);
@@ -265,17 +209,16 @@ TEST(ValueEnumTest, ClampingStepsAndAttributes)
     EXPECT_EQ(range.defaultValue(), 0);
 }
 
-TEST(ValueScaleTest, TapersReshapeTheNormalizedView)
+TEST(ValueScaleTest, TapersReshapeTheNormalizedViewAndStepOnTheTaperedAxis)
 {
-    double v = 25;
-    ZValueDouble inner(&v, 0, 100, 0, 1, "{0;.1}");
-    ZValueScaleSqr sqr(inner);
-    EXPECT_DOUBLE_EQ(sqr.getNormalized(), 0.5);
-    sqr.setNormalized(0.3);
-    EXPECT_DOUBLE_EQ(v, 9.0);
-    EXPECT_EQ(sqr.displayTextAt(0.5), "25.0");
+    double x = 25;
+    ZValueDouble linear(&x, 0, 100, 0, 1, "{0;.1}");
+    ZValueScaleSqr taper(linear);
+    EXPECT_DOUBLE_EQ(taper.getNormalized(), 0.5);
+    taper.setNormalized(0.3);
+    EXPECT_DOUBLE_EQ(x, 9.0);
     double normalized = 0;
-    EXPECT_TRUE(sqr.normalizedFromDisplayText("36", normalized));
+    EXPECT_TRUE(taper.normalizedFromDisplayText("36", normalized));
     EXPECT_DOUBLE_EQ(normalized, 0.6);
 
     double w = 10;
@@ -284,10 +227,7 @@ TEST(ValueScaleTest, TapersReshapeTheNormalizedView)
     power.setNormalized(0.25);
     EXPECT_DOUBLE_EQ(w, 160.0 / 256.0);
     EXPECT_EQ(power.displayTextAt(0.5), "10.0");
-}
 
-TEST(ValueScaleTest, StepsOnTheTaperedAxisAndForwardsTheRest)
-{
     double v = 0.9995 * 0.9995;
     ZValueDouble inner(&v, 0, 1, 0, 0.01);
     ZValueScaleSqr sqr(inner);
@@ -298,11 +238,6 @@ TEST(ValueScaleTest, StepsOnTheTaperedAxisAndForwardsTheRest)
     EXPECT_DOUBLE_EQ(v, 0.36);
     sqr.stepBy(-1000);
     EXPECT_EQ(v, 0.0);
-
-    sqr.stepByExponent(1, 0); // the inner increment
-    EXPECT_DOUBLE_EQ(v, 0.01);
-    sqr.setByIndex(1, 3); // the middle of the inner range
-    EXPECT_DOUBLE_EQ(v, 0.5);
 }
 
 } // namespace halvern

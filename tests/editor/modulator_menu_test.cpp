@@ -36,14 +36,7 @@ protected:
         Show(std::make_unique<ZView>());
     }
     void OpenMenu(ZModulatorSelection which) { ShowModulatorMenu(context, *root, which, {10, 10, 80, 22}); }
-    std::vector<std::string> Texts(const std::vector<ZMenuItem>& items)
-    {
-        std::vector<std::string> texts;
-        for (const ZMenuItem& item : items)
-            texts.push_back(item.text);
-        return texts;
-    }
-    // A modulator that differs from the defaults in every part: settings, targets, banks.
+    // Differs from the defaults in settings, targets and banks.
     void Shape(ZQuessaneAudioEffectPlugin& plugin)
     {
         ZMultiParameter& multi = plugin.multiParameter(0);
@@ -72,7 +65,6 @@ TEST_F(ModulatorMenuTest, CopyAndPasteGiveAnotherInstanceTheSameModulatorAndOthe
     const ZModulatorSelection multi{Kind::MultiParameter, 0}, lfo{Kind::LFO, 1};
     const ZModulatorSelection otherMulti{Kind::MultiParameter, 2}, otherLFO{Kind::LFO, 3};
     ASSERT_NE(StateOf(*other.core, otherMulti), StateOf(*core, multi));
-
     for (const auto& [from, to, tag] : {std::tuple{multi, otherMulti, kMultiParameterClipboardTag},
                                         std::tuple{lfo, otherLFO, kLFOClipboardTag}}) {
         OpenMenu(from);
@@ -84,8 +76,6 @@ TEST_F(ModulatorMenuTest, CopyAndPasteGiveAnotherInstanceTheSameModulatorAndOthe
         other.Choose("Paste");
         EXPECT_EQ(StateOf(*other.core, to), StateOf(*core, from));
     }
-
-    // The other kind's text, a damaged text and plain text paste nothing.
     const std::string before = StateOf(*other.core, otherMulti);
     for (const std::string& text : {CopyModulator(*core, lfo), std::string("<QuessaneMultiParameter"),
                                     std::string("Size")}) {
@@ -98,21 +88,9 @@ TEST_F(ModulatorMenuTest, CopyAndPasteGiveAnotherInstanceTheSameModulatorAndOthe
 
 TEST_F(ModulatorMenuTest, MenusOfferTheModulatorHostsEntriesAndCarryThemOut)
 {
-    const std::vector<std::string> modulators = {"Enable modulators", "Randomize", "Randomize (only enabled)",
-                                                 "Presets"};
-    EXPECT_EQ(Texts(ModulatorsMenuItems(context, *root, {})), modulators);
-    std::vector<std::string> multiMenu = {"Copy", "Paste", "", "Attach MIDI controller",
-                                          "Reorder -> Multiparameter 1", "Reorder -> Multiparameter 2",
-                                          "Reorder -> Multiparameter 3", "Reorder -> Multiparameter 4", "",
-                                          "Learn", "Clear & Learn", ""};
-    multiMenu.insert(multiMenu.end(), modulators.begin(), modulators.end());
-    EXPECT_EQ(Texts(ModulatorMenuItems(context, *root, {Kind::MultiParameter, 1}, {})), multiMenu);
-    std::vector<std::string> lfoMenu = {"Copy", "Paste", "", "Learn", "Clear & Learn", ""};
-    lfoMenu.insert(lfoMenu.end(), modulators.begin(), modulators.end());
-    EXPECT_EQ(Texts(ModulatorMenuItems(context, *root, {Kind::LFO, 0}, {})), lfoMenu);
-
-    // "Reorder": the MultiParameter and the one at the chosen place trade whole states,
-    // and the page follows it to its new place.
+    for (const ZMenuItem& item : ModulatorMenuItems(context, *root, {Kind::LFO, 0}, {}))
+        EXPECT_EQ(item.text.find("Reorder"), std::string::npos) << "LFOs have no order to change";
+    // "Reorder" trades whole states with the chosen place, and the page follows.
     Shape(*core);
     const std::string first = StateOf(*core, {Kind::MultiParameter, 0});
     const std::string third = StateOf(*core, {Kind::MultiParameter, 2});
@@ -122,12 +100,10 @@ TEST_F(ModulatorMenuTest, MenusOfferTheModulatorHostsEntriesAndCarryThemOut)
     EXPECT_EQ(StateOf(*core, {Kind::MultiParameter, 0}), third);
     ASSERT_FALSE(opened.empty());
     EXPECT_EQ(opened.back(), (ZModulatorSelection{Kind::MultiParameter, 2}));
-
     OpenMenu({Kind::MultiParameter, 2});
     Choose("Attach MIDI controller");
     EXPECT_EQ(opened.back().kind, Kind::MIDI);
-
-    // "Learn" opens the page when it is not shown and its list learns; chosen again, it stops.
+    // "Learn" opens the page and its list learns; chosen again, it stops.
     Show(std::make_unique<ZView>());
     OpenMenu({Kind::MultiParameter, 3});
     Choose("Learn");
@@ -142,7 +118,6 @@ TEST_F(ModulatorMenuTest, MenusOfferTheModulatorHostsEntriesAndCarryThemOut)
     Choose("Clear & Learn");
     ASSERT_NE(listener, nullptr);
     EXPECT_EQ(core->multiParameter(3).targets().size(), 1);
-
     const bool enabled = core->modulatorsEnabled();
     ShowModulatorsMenu(context, *root, {10, 10, 80, 22});
     Choose("Enable modulators");

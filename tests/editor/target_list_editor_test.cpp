@@ -6,80 +6,34 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <condition_variable>
 #include <cstdlib>
-#include <mutex>
 #include <new>
 #include <thread>
 
 namespace halvern {
 namespace {
 
-// Allocations are watched on two threads: the audio thread counts every one it makes;
-// the editing thread asks, for every one it makes, whether the processing lock is free
-// at that moment (whether the audio thread could run). A separate prober answers, since
-// the editing thread itself could always take the re-entrant lock.
+// The audio thread counts its allocations; the editing thread asks, at each of its own, whether
+// another thread (the lock is re-entrant) could take the processing lock at that moment.
 thread_local bool tAudioThread = false;
 thread_local bool tEditingThread = false;
 std::atomic<int> gAudioAllocations{0};
 std::atomic<int> gAllocationsUnderLock{0};
-
-class LockProber {
-public:
-    explicit LockProber(ZLock& lock) : lock_(lock), thread_([this] { serve(); }) {}
-    ~LockProber()
-    {
-        {
-            std::lock_guard<std::mutex> hold(mutex_);
-            stop_ = true;
-        }
-        wake_.notify_all();
-        thread_.join();
-    }
-    // True when another thread can take the lock now.
-    bool LockIsFree()
-    {
-        std::unique_lock<std::mutex> hold(mutex_);
-        asked_ = true;
-        wake_.notify_all();
-        wake_.wait(hold, [this] { return !asked_; });
-        return free_;
-    }
-
-private:
-    void serve()
-    {
-        std::unique_lock<std::mutex> hold(mutex_);
-        while (true) {
-            wake_.wait(hold, [this] { return asked_ || stop_; });
-            if (stop_)
-                return;
-            free_ = lock_.Acquire(0);
-            if (free_)
-                lock_.Release();
-            asked_ = false;
-            wake_.notify_all();
-        }
-    }
-
-    ZLock& lock_;
-    std::mutex mutex_;
-    std::condition_variable wake_;
-    bool asked_ = false;
-    bool free_ = true;
-    bool stop_ = false;
-    std::thread thread_;
-};
-
-LockProber* gProber = nullptr;
+ZLock* gWatchedLock = nullptr;
 
 void Watch()
 {
     if (tAudioThread)
         gAudioAllocations.fetch_add(1, std::memory_order_relaxed);
-    if (tEditingThread && gProber != nullptr) {
+    if (tEditingThread && gWatchedLock != nullptr) {
         tEditingThread = false; // the probe's own work is not watched
-        if (!gProber->LockIsFree())
+        bool lockFree = false;
+        std::thread([&lockFree] {
+            lockFree = gWatchedLock->Acquire(0);
+            if (lockFree)
+                gWatchedLock->Release();
+        }).join();
+        if (!lockFree)
             gAllocationsUnderLock.fetch_add(1, std::memory_order_relaxed);
         tEditingThread = true;
     }
@@ -88,9 +42,8 @@ void Watch()
 } // namespace
 } // namespace halvern
 
-// Every form but the aligned ones, so that each allocation pairs with its release (the
-// aligned forms keep the library's own, which pair among themselves). Kept out of line,
-// so that the compiler does not pair a free below with a new.
+// Every form but the aligned ones (which keep the library's own); out of line so that the
+// compiler does not pair a free below with a new.
 namespace {
 
 [[gnu::noinline]] void* Allocate(std::size_t size) noexcept
@@ -133,7 +86,6 @@ protected:
     ZModulatorTargetList& targets() { return core->lfo(0).targets(); }
     ZTargetListEditor& editor() { return dynamic_cast<ZTargetListEditor&>(*root->content()); }
     void ShowEditor() { Show(std::make_unique<ZTargetListEditor>(context, targets(), "LFO 1")); }
-    // The range a target's parameter is driven over as the modulator runs from -1 to 1.
     std::pair<double, double> Swept(int target)
     {
         const ZModulatorTarget& t = targets().targets()[static_cast<size_t>(target)];
@@ -146,10 +98,8 @@ TEST_F(TargetListEditorTest, LearnAndClearAndLearnRecordExactlyTheParametersAndR
     ShowEditor();
     const int dryWet = targets().targets().front().parameter;
     const int reverbTime = IndexOf("ReverbTime"), diffusion = IndexOf("Diffusion");
-
     Click(Find("Learn"));
     ASSERT_NE(listener, nullptr);
-    EXPECT_TRUE(dynamic_cast<ZButton&>(Find("Learn")).checked());
     listener->ParameterTouched(reverbTime, 0.6, 0.2); // moved down: the range is the same
     listener->ParameterTouched(IndexOf("Globals"), 0.0, 1.0); // a panel without a value is no target
     ASSERT_EQ(targets().size(), 2);
@@ -160,13 +110,9 @@ TEST_F(TargetListEditorTest, LearnAndClearAndLearnRecordExactlyTheParametersAndR
     ASSERT_EQ(targets().size(), 2);
     EXPECT_EQ(Swept(1), std::make_pair(0.2, 0.7));
     EXPECT_EQ(Swept(0), std::make_pair(0.1, 0.4));
-    Tick();
-    EXPECT_EQ(dynamic_cast<ZListView&>(Find("Targets")).rows().size(), 2u);
-
     Click(Find("Learn"));
     EXPECT_EQ(listener, nullptr);
     EXPECT_FALSE(dynamic_cast<ZButton&>(Find("Learn")).checked());
-
     // Clear & Learn: the first target stays as the placeholder until the first touch.
     Click(Find("Clear & Learn"));
     ASSERT_NE(listener, nullptr);
@@ -178,7 +124,6 @@ TEST_F(TargetListEditorTest, LearnAndClearAndLearnRecordExactlyTheParametersAndR
     listener->ParameterTouched(reverbTime, 0.3, 0.35);
     ASSERT_EQ(targets().size(), 2);
     EXPECT_EQ(Swept(1), std::make_pair(0.3, 0.35));
-
     // A second editor that learns takes over; an editor that goes stops learning.
     auto other = std::make_unique<ZTargetListEditor>(context, core->lfo(1).targets(), "LFO 2");
     other->StartLearning(false);
@@ -194,17 +139,11 @@ TEST_F(TargetListEditorTest, EditsPublishNewListsAndTheLastTargetCannotBeRemoved
     Click(Find("Remove"));
     EXPECT_EQ(targets().size(), 1);
     EXPECT_EQ(Find("Message").Text(), "There must be at least one parameter for each modulator.");
-    EXPECT_EQ(editor().message(), Find("Message").Text());
-
     const ZModulatorTarget* before = targets().targets().data();
     Click(Find("Add"));
     ASSERT_EQ(targets().size(), 2);
     EXPECT_NE(targets().targets().data(), before) << "a new list is published, never the old one changed";
-    EXPECT_EQ(Find("Message").Text(), "");
-    EXPECT_NE(targets().targets()[1].parameter, targets().targets()[0].parameter);
     EXPECT_EQ(editor().selectedTarget(), 1);
-
-    // The selected target's settings, through the pointer and the keyboard.
     Click(Find("Parameter"));
     Choose("Room  \u203A");
     Choose("Reverb time");
@@ -215,19 +154,15 @@ TEST_F(TargetListEditorTest, EditsPublishNewListsAndTheLastTargetCannotBeRemoved
     Tick();
     EXPECT_TRUE(Find("MaxValue").visible());
     EXPECT_FALSE(Find("Depth").visible());
-    before = targets().targets().data();
     Click(Find("Invert"));
     EXPECT_TRUE(targets().targets()[1].invert);
-    EXPECT_NE(targets().targets().data(), before);
     ZWheelEvent notch;
     notch.position = Find("MaxValue").bounds().center();
     notch.steps = -1.0;
     root->Wheel(notch);
     EXPECT_NEAR(targets().targets()[1].maxValue, 1.0 - theme.wheelStep, 1e-9);
     Tick();
-    // Value and MaxValue show in the units of the parameter they drive.
     EXPECT_EQ(Find("MaxValue").Text(), core->parameters().value(IndexOf("ReverbTime"))->displayTextAt(1.0 - theme.wheelStep));
-
     // A change from elsewhere shows within a tick.
     ZModulatorTarget added;
     added.parameter = IndexOf("Diffusion");
@@ -236,7 +171,6 @@ TEST_F(TargetListEditorTest, EditsPublishNewListsAndTheLastTargetCannotBeRemoved
     const auto& rows = dynamic_cast<ZListView&>(Find("Targets")).rows();
     ASSERT_EQ(rows.size(), 3u);
     EXPECT_EQ(rows[2].rfind("Diffusion", 0), 0u) << rows[2];
-
     dynamic_cast<ZListView&>(Find("Targets")).SetSelectedRow(-1);
     editor().SelectTarget(2);
     Click(Find("Remove"));
@@ -253,24 +187,18 @@ TEST_F(TargetListEditorTest, EditsWhileAudioRunsNeverAllocateOnTheAudioThreadNor
     settings.enabled = 1;
     core->lfo(0).setSettings(settings);
     ShowEditor();
-
-    // Edits made with the audio thread stopped: every allocation they make finds the
-    // lock free, so the audio thread is held back by the swap alone.
-    {
-        LockProber prober(core->processingLock());
-        gProber = &prober;
-        tEditingThread = true;
-        Click(Find("Add"));
-        Click(Find("Invert"));
-        Click(Find("RangeMode"));
-        Choose("Full range");
-        Click(Find("Remove"));
-        tEditingThread = false;
-        gProber = nullptr;
-    }
+    // Edits allocate only while the lock is free: the audio thread waits for the swap alone.
+    gWatchedLock = &core->processingLock();
+    tEditingThread = true;
+    Click(Find("Add"));
+    Click(Find("Invert"));
+    Click(Find("RangeMode"));
+    Choose("Full range");
+    Click(Find("Remove"));
+    tEditingThread = false;
+    gWatchedLock = nullptr;
     EXPECT_EQ(gAllocationsUnderLock.load(), 0);
     EXPECT_EQ(targets().size(), 1);
-
     // The same edits while a second thread processes block after block.
     std::atomic<bool> running{true};
     std::atomic<int> blocks{0};

@@ -1,7 +1,4 @@
-// The built plug-in, Halvern.so, loaded with dlopen and driven only through its exports
-// and the AEffect record, as a VST 2.4 host drives it. The library stays loaded for the
-// whole suite, so its module-wide state carries over from test to test: every test
-// closes the instances it made, and the module tests begin from a known state.
+// The built Halvern.so as a VST 2.4 host drives it; it stays loaded, so tests close their instances.
 
 #include "core/audio_plugin.h"
 #include "core/z_object.h"
@@ -22,11 +19,9 @@
 #include <cstring>
 #include <functional>
 #include <memory>
-#include <numeric>
 #include <random>
 #include <string>
 #include <thread>
-#include <tuple>
 #include <vector>
 
 namespace {
@@ -60,10 +55,8 @@ VstIntPtr HostCallback(AEffect*, int opcode, int, VstIntPtr, void*, float)
     return opcode == audioMasterGetTime ? reinterpret_cast<VstIntPtr>(&time) : 0;
 }
 
-// No VST 2 host: it answers 0 to everything, the version query included.
 VstIntPtr SilentHostCallback(AEffect*, int, int, VstIntPtr, void*, float) { return 0; }
 
-// The library and the exports the tests call, loaded once for the whole suite.
 struct Library {
     void* handle = dlopen(HALVERN_PLUGIN_PATH, RTLD_NOW | RTLD_LOCAL);
     std::string error = handle != nullptr ? "" : dlerror();
@@ -86,7 +79,6 @@ const Library& Plugin()
     return library;
 }
 
-// A speaker arrangement record with room for the speakers its flexible array holds.
 struct SpeakerLayout {
     alignas(VstSpeakerArrangement) unsigned char bytes[sizeof(VstSpeakerArrangement) + 8 * sizeof(VstSpeakerProperties)]{};
     SpeakerLayout(VstInt32 type, VstInt32 channels)
@@ -97,7 +89,6 @@ struct SpeakerLayout {
     VstSpeakerArrangement* record() { return reinterpret_cast<VstSpeakerArrangement*>(bytes); }
 };
 
-// One plug-in instance as a host holds it; effClose ends it.
 class Instance {
 public:
     explicit Instance(EntryFunction entry = Plugin().vstPluginMain) : effect_(entry(HostCallback)) {}
@@ -116,8 +107,7 @@ public:
     {
         return effect_->dispatcher(effect_, opcode, index, value, ptr, opt);
     }
-    // A text opcode's answer, read from a buffer of non-zero bytes, so that a missing
-    // terminator shows as a length of 256.
+    // A missing terminator shows as a length of 256.
     std::string text(VstInt32 opcode, VstInt32 index)
     {
         char buffer[256];
@@ -203,13 +193,6 @@ Channels RenderImpulse(Instance& instance, size_t channels, int blocks, size_t b
     return rendered;
 }
 
-double Energy(const std::vector<float>& samples, size_t from)
-{
-    return std::inner_product(samples.begin() + static_cast<std::ptrdiff_t>(from), samples.end(),
-                              samples.begin() + static_cast<std::ptrdiff_t>(from), 0.0);
-}
-
-// The module instance's name after ZLibraryDLLInitialize offered it givenName.
 std::string ModuleName(const char* givenName)
 {
     const halvern::ZLibrarySettings settings{nullptr, 0, givenName};
@@ -229,62 +212,16 @@ protected:
     }
 };
 
-// ---------------------------------------------------------------- exports and module
-
-TEST_F(VST2Plugin, EntryPointsAgreeAndRefuseANonHost)
+TEST_F(VST2Plugin, ExportsAgreeRefuseANonHostAndAnswerTheirCalls)
 {
     EXPECT_EQ(reinterpret_cast<void*>(Plugin().main), reinterpret_cast<void*>(Plugin().vstPluginMain));
-    Instance fromMain(Plugin().main), fromVSTPluginMain(Plugin().vstPluginMain);
-    const auto identity = [](const AEffect* e) {
-        return std::tuple(e->magic, e->uniqueID, e->flags, e->numParams, e->numInputs, e->numOutputs);
-    };
-    ASSERT_TRUE(fromMain.effect() != nullptr && fromVSTPluginMain.effect() != nullptr);
-    EXPECT_NE(fromMain.effect(), fromVSTPluginMain.effect());
-    EXPECT_EQ(identity(fromMain.effect()), identity(fromVSTPluginMain.effect()));
-    fromMain.close();
-    fromVSTPluginMain.close();
-
-    // No instance is left, so no module either; a refused caller must not build one:
-    // ZLibraryDLLInitialize then makes a fresh module under the name it is given.
+    // A refused caller builds no module, so the next ZLibraryDLLInitialize names a fresh one.
     EXPECT_EQ(Plugin().vstPluginMain(SilentHostCallback), nullptr);
     EXPECT_EQ(Plugin().main(SilentHostCallback), nullptr);
     EXPECT_EQ(Plugin().vstPluginMain(nullptr), nullptr);
     EXPECT_EQ(ModuleName("refused-host probe"), "refused-host probe");
     Instance cleanup; // takes that module over; closing it removes it again
-}
 
-TEST_F(VST2Plugin, ModuleLivesAsLongAsAnInstance)
-{
-    Instance first, second;
-    ASSERT_TRUE(first.effect() != nullptr && second.effect() != nullptr);
-
-    // An existing module is returned as it is and never renamed.
-    const halvern::ZLibrarySettings alpha{nullptr, 0, "alpha"}, beta{nullptr, 0, "beta"};
-    halvern::ZModule* module = Plugin().initialize(&alpha);
-    ASSERT_NE(module, nullptr);
-    const std::string builtName = module->name();
-    EXPECT_NE(builtName, "alpha");
-    EXPECT_EQ(Plugin().initialize(&beta), module);
-    EXPECT_EQ(module->name(), builtName);
-
-    first.close();
-    EXPECT_EQ(ModuleName("gamma"), builtName) << "the module went with the first of two instances";
-    second.close();
-    EXPECT_EQ(ModuleName("delta"), "delta") << "the module outlived its last instance";
-
-    // An instance takes over a module a framework host made; closing it removes that
-    // module, and the next instance builds a new, unnamed one.
-    Instance third;
-    ASSERT_NE(third.effect(), nullptr);
-    EXPECT_EQ(ModuleName("epsilon"), "delta");
-    third.close();
-    Instance fourth;
-    ASSERT_NE(fourth.effect(), nullptr);
-    EXPECT_EQ(ModuleName("zeta"), "");
-}
-
-TEST_F(VST2Plugin, EffectInterfaceFunctionAndDllHooks)
-{
     const intptr_t created = Plugin().effectInterface(nullptr, 7, nullptr);
     ASSERT_NE(created, 0);
     auto* effect = reinterpret_cast<halvern::ZPlugin*>(created);
@@ -297,9 +234,27 @@ TEST_F(VST2Plugin, EffectInterfaceFunctionAndDllHooks)
     EXPECT_TRUE(Plugin().exitDll());
 }
 
-// ---------------------------------------------------------------- what is announced
+TEST_F(VST2Plugin, ModuleLivesAsLongAsAnInstance)
+{
+    Instance first, second;
+    ASSERT_TRUE(first.effect() != nullptr && second.effect() != nullptr);
+    const halvern::ZLibrarySettings alpha{nullptr, 0, "alpha"};
+    halvern::ZModule* module = Plugin().initialize(&alpha);
+    ASSERT_NE(module, nullptr);
+    const std::string builtName = module->name();
+    EXPECT_NE(builtName, "alpha");
+    first.close();
+    EXPECT_EQ(ModuleName("gamma"), builtName) << "the module went with the first of two instances";
+    second.close();
+    EXPECT_EQ(ModuleName("delta"), "delta") << "the module outlived its last instance";
+    Instance third;
+    EXPECT_EQ(ModuleName("epsilon"), "delta");
+    third.close();
+    Instance fourth;
+    EXPECT_EQ(ModuleName("zeta"), "");
+}
 
-TEST_F(VST2Plugin, AnnouncesIdentityChannelsAndTheCoresParameters)
+TEST_F(VST2Plugin, AnnouncesIdentityChannelsParametersCapabilitiesAndPins)
 {
     const int ioChangedBefore = ioChangedCalls;
     Instance instance;
@@ -314,8 +269,6 @@ TEST_F(VST2Plugin, AnnouncesIdentityChannelsAndTheCoresParameters)
     EXPECT_EQ(effect->numPrograms, 0);
     EXPECT_EQ(instance.text(effGetEffectName, 0), "Halvern");
     EXPECT_EQ(instance.text(effGetVendorString, 0), "Quessane");
-
-    // The same chain built inside this process gives the reference texts.
     std::unique_ptr<halvern::ZAudioPlugin> core(halvern::CreatePluginCore());
     ASSERT_NE(core, nullptr);
     ASSERT_EQ(effect->numParams, core->GetParameterCount());
@@ -325,43 +278,24 @@ TEST_F(VST2Plugin, AnnouncesIdentityChannelsAndTheCoresParameters)
         EXPECT_FALSE(core->GetParameterID(i).empty());
         EXPECT_EQ(instance.text(effGetParamName, i), core->GetParameterID(i).substr(0, 24));
     }
-    EXPECT_EQ(instance.text(effGetParamName, 0), "Globals");
-    EXPECT_EQ(instance.text(effGetParamName, 1), "ReverbDepth");
-    // The slot selector and the morph pad come after every earlier parameter.
     EXPECT_EQ(instance.text(effGetParamName, 48), "AH");
     EXPECT_EQ(instance.text(effGetParamDisplay, 48), "A");
-    EXPECT_EQ(instance.text(effGetParamName, 49), "ABCDMorphingU");
-    EXPECT_EQ(instance.text(effGetParamName, 50), "ABCDMorphingV");
-    EXPECT_EQ(instance.text(effGetParamName, 51), "AGC");
-    EXPECT_EQ(instance.text(effGetParamDisplay, 51), "Off");
     EXPECT_EQ(instance.text(effGetParamName, effect->numParams), "");
     EXPECT_EQ(instance.text(effGetParamName, -1), "");
-}
 
-TEST_F(VST2Plugin, CanDoComparesTheWholeText)
-{
-    Instance instance;
-    ASSERT_NE(instance.effect(), nullptr);
     const std::pair<const char*, VstIntPtr> answers[] = {
         {"receiveVstMidiEvent", 1}, {"receiveVstEvents", 1}, {"sendVstMidiEvent", -1}, {"sendVstEvents", -1},
         {"plugAsSend", 1}, {"plugAsChannelInsert", 1}, {"receiveVstTimeInfo", 1}, {"canMono", 1},
         {"bypass", -1}, {"offline", 0}, {"", 0}, {"plugAsSendX", 0}, {"plugAs", 0}, {"Bypass", 0}};
     for (const auto& [text, answer] : answers)
         EXPECT_EQ(instance.dispatch(effCanDo, 0, 0, const_cast<char*>(text)), answer) << '"' << text << '"';
-}
 
-TEST_F(VST2Plugin, PinPropertiesEndAtTheChannelCount)
-{
-    Instance instance;
-    ASSERT_NE(instance.effect(), nullptr);
     for (VstInt32 opcode : {effGetInputProperties, effGetOutputProperties}) {
         SCOPED_TRACE(opcode == effGetInputProperties ? "inputs" : "outputs");
-        const VstInt32 count = opcode == effGetInputProperties ? instance.effect()->numInputs : instance.effect()->numOutputs;
         VstPinProperties pin{};
-        EXPECT_EQ(instance.dispatch(opcode, count, 0, &pin), 0);
+        EXPECT_EQ(instance.dispatch(opcode, 2, 0, &pin), 0);
         EXPECT_EQ(instance.dispatch(opcode, -1, 0, &pin), 0);
-        EXPECT_EQ(instance.dispatch(opcode, 0, 0, nullptr), 0);
-        for (VstInt32 index = 0; index < count; ++index) {
+        for (VstInt32 index = 0; index < 2; ++index) {
             pin = VstPinProperties{};
             ASSERT_EQ(instance.dispatch(opcode, index, 0, &pin), 1);
             EXPECT_EQ(pin.flags, kVstPinIsActive | kVstPinIsStereo);
@@ -371,13 +305,10 @@ TEST_F(VST2Plugin, PinPropertiesEndAtTheChannelCount)
     }
 }
 
-// ---------------------------------------------------------------- set-up from the host
-
 TEST_F(VST2Plugin, ImpulseLeavesAReverbTailAndRatesOutsideTheAudioRangeAreNotTaken)
 {
     Instance instance, twin;
     ASSERT_TRUE(instance.effect() != nullptr && twin.effect() != nullptr);
-    // A reverb time of whole seconds makes the tail follow the rate.
     for (Instance* each : {&instance, &twin}) {
         each->prepare(48000.0f, 512);
         each->setParameter("ReverbTime", 1.0f);
@@ -385,18 +316,14 @@ TEST_F(VST2Plugin, ImpulseLeavesAReverbTailAndRatesOutsideTheAudioRangeAreNotTak
     }
     const VstIntPtr tail = instance.dispatch(effGetTailSize);
     EXPECT_GT(tail, 48000) << "a reverb time of seconds gives a tail of seconds";
-
-    // Rates of 100 Hz and below or above 768 kHz are not taken (1e8 once sized 3 GB of
-    // delay lines, 1e9 did not return).
+    // 1e8 once sized 3 GB of delay lines, 1e9 did not return.
     for (float rate : {44.0f, 1e8f, 1e9f, 768001.0f})
         instance.dispatch(effSetSampleRate, 0, 0, nullptr, rate);
     EXPECT_EQ(instance.dispatch(effGetTailSize), tail);
     EXPECT_EQ(instance.effect()->initialDelay, twin.effect()->initialDelay);
-    // Still running at 48 kHz, exactly as an instance that never saw the low rate.
     const Channels rendered = RenderImpulse(instance, 2, 60, 512); // 0.64 s
     ASSERT_TRUE(AllFinite(rendered));
     EXPECT_TRUE(rendered == RenderImpulse(twin, 2, 60, 512)) << "the sound changed after the refused rates";
-
     instance.dispatch(effSetSampleRate, 0, 0, nullptr, 96000.0f);
     EXPECT_GT(instance.dispatch(effGetTailSize), tail);
     EXPECT_TRUE(AllFinite(RenderImpulse(instance, 2, 8, 512)));
@@ -426,50 +353,17 @@ TEST_F(VST2Plugin, SpeakerArrangementsWithinTheChannelCounts)
     EXPECT_EQ(instance.arrange(surround, stereo), 0);
     EXPECT_EQ(instance.arrange(stereo, stereo), 1);
     EXPECT_EQ(instance.arrange(mono, mono), 1);
-
-    // A mono host hands over one channel each way and gets exactly the left side of the
-    // stereo path fed the same signal on both inputs: dry and reverb once each.
     Instance reference, unarranged;
     for (Instance* each : {&instance, &reference, &unarranged})
         each->prepare(48000.0f, 256);
     const Channels stereoPath = RenderImpulse(reference, 2, 20, 256);
     const Channels monoPath = RenderImpulse(instance, 1, 20, 256);
-    EXPECT_TRUE(monoPath[0] == stereoPath[0]);
-    EXPECT_GT(Energy(monoPath[0], static_cast<size_t>(instance.effect()->initialDelay) + 2400), 1e-6) << "no reverb";
-    // No arrangement at all leaves both host channels in use, each written.
+    EXPECT_TRUE(monoPath[0] == stereoPath[0]) << "mono is the stereo path's left side";
     ASSERT_EQ(unarranged.dispatch(effSetSpeakerArrangement, 0, 0, nullptr), 1);
     EXPECT_TRUE(RenderImpulse(unarranged, 2, 20, 256) == stereoPath);
 }
 
-// ---------------------------------------------------------------- state
-
-TEST_F(VST2Plugin, ChunkCarriesTheWholeStateToAnotherInstance)
-{
-    Instance source, target, untouched;
-    ASSERT_TRUE(source.effect() != nullptr && target.effect() != nullptr && untouched.effect() != nullptr);
-    const std::vector<float> defaults = untouched.parameters();
-    const std::pair<const char*, float> changes[] = {
-        {"ReverbDepth", 0.3f}, {"Size", 0.75f}, {"ReverbTime", 0.2f}, {"LowDamp", 0.5f}, {"HighCut", 0.25f}};
-    for (const auto& [name, value] : changes)
-        source.setParameter(name, value);
-
-    // The instance's own chunk goes back in and comes out the same.
-    const std::vector<uint8_t> saved = source.chunk();
-    ASSERT_FALSE(saved.empty());
-    EXPECT_EQ(source.setChunk(saved), 1);
-    EXPECT_EQ(source.chunk(), saved);
-
-    EXPECT_EQ(target.setChunk(saved), 1);
-    const std::vector<float> expected = source.parameters();
-    EXPECT_EQ(target.parameters(), expected);
-    EXPECT_EQ(target.chunk(), saved);
-    for (const auto& [name, value] : changes) {
-        const auto index = static_cast<size_t>(source.parameterIndex(name));
-        EXPECT_NE(expected[index], defaults[index]) << name << " did not travel";
-    }
-}
-
-TEST_F(VST2Plugin, DamagedChunksAreRefusedAndChangeNothing)
+TEST_F(VST2Plugin, ChunksCarryTheStateAndDamagedOnesAreRefusedChangingNothing)
 {
     Instance source, target;
     ASSERT_TRUE(source.effect() != nullptr && target.effect() != nullptr);
@@ -478,90 +372,62 @@ TEST_F(VST2Plugin, DamagedChunksAreRefusedAndChangeNothing)
     ASSERT_GT(good.size(), 16u);
     const std::vector<uint8_t> before = target.chunk();
     const std::vector<float> parametersBefore = target.parameters();
-
-    // One of each kind; the state layer's own tests go through the kinds of damage in detail.
-    std::vector<std::vector<uint8_t>> damaged{{good.begin(), good.end() - 1}, good, std::vector<uint8_t>(364)};
-    damaged[1][good.size() / 2] ^= 0xFF;
-    std::mt19937 random(1234);
-    std::generate(damaged[2].begin(), damaged[2].end(), [&] { return static_cast<uint8_t>(random()); });
-    for (size_t i = 0; i < damaged.size(); ++i) {
-        SCOPED_TRACE("damaged chunk " + std::to_string(i));
-        EXPECT_EQ(target.setChunk(damaged[i]), 0);
-        EXPECT_EQ(target.chunk(), before);
-    }
+    EXPECT_EQ(target.setChunk({good.begin(), good.end() - 1}), 0);
     EXPECT_EQ(target.dispatch(effSetChunk, 0, 0, nullptr), 0);
     EXPECT_EQ(target.dispatch(effSetChunk, 0, static_cast<VstIntPtr>(good.size()), nullptr), 0);
     EXPECT_EQ(target.chunk(), before);
     EXPECT_EQ(target.parameters(), parametersBefore);
+    EXPECT_EQ(target.setChunk(good), 1);
+    EXPECT_EQ(target.parameters(), source.parameters());
+    EXPECT_EQ(target.chunk(), good);
 }
 
-// ---------------------------------------------------------------- processing
-
-// One instance, two threads in processReplacing at once, in stereo and in mono. The
-// effect must never run twice at the same time, so the second caller is turned away
-// (its outputs may stay as they were); nothing may crash, every sample must be finite,
-// and the effect may write only into the buffers of the call it runs for. Each thread
-// refills its outputs with a marker after every call and checks before its next call
-// that nobody wrote there meanwhile. The buffers outlive both threads, so a stray write
-// shows as a failure here rather than as a use after free.
+// Two threads in processReplacing at once on the mono path, whose bus mapping is per call:
+// each refills its outputs with a marker after every call and checks before the next that
+// no other call wrote there.
 TEST_F(VST2Plugin, ConcurrentProcessReplacingIsSafe)
 {
-    constexpr size_t kBlock = 256;
-    constexpr float kMarker = 12345.0f;
-    for (VstInt32 width : {2, 1}) {
-        SCOPED_TRACE(width == 2 ? "stereo" : "mono");
-        Instance instance;
-        AEffect* effect = instance.effect();
-        ASSERT_NE(effect, nullptr);
-        SpeakerLayout layout(width == 2 ? kSpeakerArrStereo : kSpeakerArrMono, width);
-        ASSERT_EQ(instance.arrange(layout, layout), 1);
-        instance.prepare(48000.0f, kBlock);
-
-        struct Caller {
-            Channels in, out;
-            int nonFinite = 0;
-            int strayWrites = 0;
-        } callers[2];
-        for (Caller& caller : callers) {
-            caller.in.assign(static_cast<size_t>(width), std::vector<float>(kBlock));
-            caller.out.assign(static_cast<size_t>(width), std::vector<float>(kBlock, kMarker));
-        }
-        std::atomic<bool> go{false};
-        auto run = [&](Caller& caller, unsigned seed) {
-            std::mt19937 random(seed);
-            std::uniform_real_distribution<float> noise(-0.5f, 0.5f);
-            while (!go)
-                std::this_thread::yield();
-            for (int block = 0; block < 2000; ++block) {
-                for (auto& channel : caller.in)
-                    std::generate(channel.begin(), channel.end(), [&] { return noise(random); });
-                for (const auto& channel : caller.out)
-                    if (std::any_of(channel.begin(), channel.end(), [](float sample) { return sample != kMarker; })) {
-                        ++caller.strayWrites;
-                        break;
-                    }
-                instance.process(caller.in, caller.out);
-                if (!AllFinite(caller.out))
-                    ++caller.nonFinite;
-                for (auto& channel : caller.out)
-                    std::fill(channel.begin(), channel.end(), kMarker);
-                // Room for the other caller's block to end before the check; a busy wait
-                // keeps both threads running, so the calls keep colliding.
-                const auto until = std::chrono::steady_clock::now() + std::chrono::microseconds(20);
-                while (std::chrono::steady_clock::now() < until) {
-                }
+    static constexpr size_t kBlock = 256;
+    static constexpr float kMarker = 12345.0f;
+    Instance instance;
+    ASSERT_NE(instance.effect(), nullptr);
+    SpeakerLayout layout(kSpeakerArrMono, 1);
+    ASSERT_EQ(instance.arrange(layout, layout), 1);
+    instance.prepare(48000.0f, kBlock);
+    struct Caller {
+        Channels in = Channels(1, std::vector<float>(kBlock));
+        Channels out = Channels(1, std::vector<float>(kBlock, kMarker));
+        int nonFinite = 0, strayWrites = 0;
+    } callers[2];
+    std::atomic<bool> go{false};
+    auto run = [&](Caller& caller, unsigned seed) {
+        std::mt19937 random(seed);
+        std::uniform_real_distribution<float> noise(-0.5f, 0.5f);
+        while (!go)
+            std::this_thread::yield();
+        for (int block = 0; block < 2000; ++block) {
+            std::generate(caller.in[0].begin(), caller.in[0].end(), [&] { return noise(random); });
+            if (std::any_of(caller.out[0].begin(), caller.out[0].end(), [](float sample) { return sample != kMarker; }))
+                ++caller.strayWrites;
+            instance.process(caller.in, caller.out);
+            if (!AllFinite(caller.out))
+                ++caller.nonFinite;
+            std::fill(caller.out[0].begin(), caller.out[0].end(), kMarker);
+            // A busy wait keeps both threads running, so the calls keep colliding.
+            const auto until = std::chrono::steady_clock::now() + std::chrono::microseconds(20);
+            while (std::chrono::steady_clock::now() < until) {
             }
-        };
-        std::thread first(run, std::ref(callers[0]), 1u), second(run, std::ref(callers[1]), 2u);
-        go = true;
-        first.join();
-        second.join();
-        for (const Caller& caller : callers) {
-            EXPECT_EQ(caller.nonFinite, 0);
-            EXPECT_EQ(caller.strayWrites, 0) << "blocks whose outputs were written outside their caller's call";
         }
-        EXPECT_TRUE(AllFinite(RenderImpulse(instance, static_cast<size_t>(width), 4, kBlock)));
+    };
+    std::thread first(run, std::ref(callers[0]), 1u), second(run, std::ref(callers[1]), 2u);
+    go = true;
+    first.join();
+    second.join();
+    for (const Caller& caller : callers) {
+        EXPECT_EQ(caller.nonFinite, 0);
+        EXPECT_EQ(caller.strayWrites, 0) << "blocks whose outputs were written outside their caller's call";
     }
+    EXPECT_TRUE(AllFinite(RenderImpulse(instance, 1, 4, kBlock)));
 }
 
 } // namespace

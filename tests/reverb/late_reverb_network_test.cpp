@@ -51,9 +51,8 @@ double sum(const std::vector<double>& x, double from, double to, double rate = 4
 
 TEST(LateReverbNetwork, LineLengths)
 {
-    // Size 0.04 s, Width 1 at 48 kHz: W = 0.04, τ = 0.06 s, base 2880, step 0.24 × 2880.
-    // The room model's t = 5/9 gives its base 7/9 × 1920 and offset min(960, 746.67) =
-    // 2240/3; its diffusers took the primes for 2240, 746, 1244, 2737, 3086, 1592, 1836, 3330.
+    // Size 0.04 s, Width 1 at 48 kHz: τ = 0.06 s, base 2880, step 0.24 × 2880; offset 2240/3 and
+    // the primes the room model's diffusers took, as it takes them.
     ZPrimeTable primes;
     for (int wanted : {2240, 746, 1244, 2737, 3086, 1592, 1836, 3330})
         primes.take(wanted);
@@ -65,7 +64,6 @@ TEST(LateReverbNetwork, LineLengths)
     EXPECT_DOUBLE_EQ(net.loopTime(), 0.06);
     // Wanted 3626, 2133, 2824, 4317, 4801, 3308 (3313: 3331 is the room's), 3647, 5140.
     EXPECT_EQ(net.lineLengths(), (std::array<int, 8>{3631, 2137, 2833, 4327, 4801, 3313, 3659, 5147}));
-
     for (double rate : {22050.0, 192000.0})
         for (double size = 0.00333; size <= 0.15; size += 0.01)
             for (double width : {0.0, 0.5, 1.0}) {
@@ -107,7 +105,6 @@ TEST(LateReverbNetwork, ModeMatrices)
     s.size = 0.15, s.reverbTime = 30.0, s.mode = 2, s.reverbDiffusion = 1.0;
     const Network large(s);
     EXPECT_DOUBLE_EQ(large.net.loopTime(), 0.0875);
-    EXPECT_NEAR(large.net.decayMatrix()[1][0], -0.2 * 0.6326221287, 1e-10);
     for (size_t k = 0; k < 4; ++k)
         for (size_t j = 0; j < 4; ++j)
             EXPECT_NEAR(large.net.decayMatrix()[k][j], large.net.baseMatrix()[k][j] * 0.6326221287, 1e-10);
@@ -122,13 +119,8 @@ TEST(LateReverbNetwork, InputWeightsFollowThePan)
                                                 {0.5, 0.20000000298023224}, {0.0, 0.30000001192092896},
                                                 {0.30000001192092896, 0.0}, {0.20000000298023224, 0.5},
                                                 {0.5, 0.10000000149011612}, {0.0, 0.4000000059604645}}}));
-    // p = 1: pair 2 has v = 0.9 and leans right; p = −1: pair 1 has v = −0.9 and leans left.
+    // p = −1: pair 1 has v = −0.9 and leans left.
     Settings s;
-    s.pan = 1.0;
-    const Network right(s);
-    EXPECT_NEAR(right.net.inputWeights()[4][0], 0.05, 1e-7);
-    EXPECT_NEAR(right.net.inputWeights()[5][0], 0.45, 1e-7);
-    EXPECT_EQ(right.net.inputWeights()[5][1], 0.5);
     s.pan = -1.0;
     const Network left(s);
     EXPECT_EQ(left.net.inputWeights()[2][0], 0.5);
@@ -138,8 +130,7 @@ TEST(LateReverbNetwork, InputWeightsFollowThePan)
 
 TEST(LateReverbNetwork, ImpulseLeavesEachLineAfterExactlyItsLength)
 {
-    // No room lines taken: A0 = 3631 (weight 0.4000000060), A1 = 2833 (weight 0.5) comes
-    // first on the left. The output is read before the line filters: the weight, undamped.
+    // Read before the line filters: each line's input weight, undamped, after its length.
     Settings s = quiet();
     s.lowDamp = 6.0, s.highDamp = 12.0, s.stereoOffset = 2240.0 / 3.0;
     Network n(s);
@@ -153,10 +144,8 @@ TEST(LateReverbNetwork, ImpulseLeavesEachLineAfterExactlyItsLength)
 
 TEST(LateReverbNetwork, DecayFollowsReverbTimeAndDampening)
 {
-    // Mode 4 at D = 0 is diagonal: each line recirculates alone with gain ±g per pass,
-    // g = 10^(−3τ/T), through a lossless all-pass. An impulse into both inputs at p = 0
-    // puts 0.4, 0.6, 0.7, 0.3, 0.3, 0.7, 0.6, 0.4 into the lines, so the tail holds
-    // 2.2 / (1 − g²): at τ = 0.0875 s and T = 1 s, g² = 10^(−0.525).
+    // Mode 4 at D = 0 is diagonal: each line recirculates alone at ±g = 10^(−3τ/T) per pass.
+    // An impulse into both inputs puts energy 2.2 into the lines: the tail holds 2.2 / (1 − g²).
     Settings s = quiet();
     s.size = 0.15, s.mode = 3, s.reverbDiffusion = 0.0, s.stereoOffset = 960.0, s.reverbTime = 1.0;
     const double still = sum(Network(s).run(144000, 1.0, 1.0), 0.0, 3.0);
@@ -164,9 +153,7 @@ TEST(LateReverbNetwork, DecayFollowsReverbTimeAndDampening)
     // Modulation neither pumps nor drains the tail beyond the interpolator's treble loss.
     s.modulation = 1.0;
     EXPECT_NEAR(sum(Network(s).run(144000, 1.0, 1.0), 0.0, 3.0) / still, 1.0, 0.1);
-
-    // Equal low and high shelves at one frequency multiply to a flat gain: 3 dB per 100 ms
-    // of travel takes 30 dB more in a second on every line, whatever its length.
+    // Equal low and high shelves at one frequency: 3 dB per 100 ms is 30 dB more in a second.
     s.modulation = 0.0, s.mode = 2, s.reverbDiffusion = 1.0;
     const auto undamped = Network(s).run(96000, 1.0, 1.0);
     s.lowDamp = s.highDamp = 3.0, s.lowFrequency = s.highFrequency = 3.0;
@@ -174,7 +161,6 @@ TEST(LateReverbNetwork, DecayFollowsReverbTimeAndDampening)
     const double loss = 10.0 * std::log10(sum(damped, 1.4, 1.6) / sum(damped, 0.4, 0.6) /
                                           (sum(undamped, 1.4, 1.6) / sum(undamped, 0.4, 0.6)));
     EXPECT_NEAR(loss, -30.0, 0.5);
-
     // At T = 0.5 s two seconds take the default room far below −120 dB.
     const auto e = Network(quiet()).run(96000 + 9600, 1.0, 1.0);
     EXPECT_LT(sum(e, 2.0, 2.2), 1e-12 * sum(e, 0.0, 0.2));
@@ -192,12 +178,6 @@ TEST(LateReverbNetwork, ModulationRecomputesEverySixtyFourSamples)
     n.run(1, 0.1, -0.1, false);
     EXPECT_NEAR(offset(0, 0), 1.3333329382716402e-05, 1e-15); // 0.01 sin(64/48000)
     EXPECT_NEAR(offset(0, 3), 0.001397959322952949, 1e-15);   // 0.01 sin(3 + 1.003 × 64/48000)
-
-    s.modulation = 0.0; // without modulation the matrix is never touched
-    Network still(s);
-    still.run(200, 0.1, -0.1, false);
-    EXPECT_EQ(still.net.matrix(), still.net.decayMatrix());
-
     // The cubic Hermite read reproduces a ramp exactly, at any fraction.
     for (double f : {0.0, 0.25, 0.5, 0.9})
         EXPECT_NEAR(HermiteInterpolate(10.0, 9.0, 8.0, 7.0, f), 9.0 - f, 1e-12);
@@ -211,9 +191,7 @@ TEST(LateReverbNetwork, OnlyAGrowingMatrixIsScaledDown)
     EXPECT_GE(LargestSingularValue(shear), golden);
     EXPECT_LE(LargestSingularValue(shear), golden * 1.0007);
     EXPECT_NEAR(LargestSingularValue({{{0.3, 0, 0, 0}, {0, -2, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}}}), 2.0, 1e-9);
-
-    // Smallest room (τ ≈ 0.05 s) at T = 30 s: 0.9886 per pass. Mode 3 at D = 1 has
-    // n σ(M) = 1.0182, so 1.0065 after decay; Mode 4 (orthonormal) stays at 0.9886.
+    // Smallest room at T = 30 s: 0.9886 per pass; Mode 3 at D = 1 grows to 1.0065, Mode 4 does not.
     Settings s = quiet();
     s.size = 0.00333, s.reverbTime = 30.0, s.mode = 2;
     const Network growing(s);

@@ -18,14 +18,14 @@ using test::memoryOf;
 using test::messageOf;
 using test::RecordingStream;
 
-TEST(HexaStreamTest, BytesRoundTripAsUpperCaseDigitPairs)
+TEST(HexaStreamTest, BytesRoundTripAsUpperCaseDigitPairsAndReadingRejectsAnythingElse)
 {
     ZMemoryStream target;
-    ZHexaStream stream(&target);
-    const uint8_t bytes[] = {0x00, 0xFF, 0xA5};
-    stream.Write(bytes, 3);
+    ZHexaStream writer(&target);
+    const uint8_t written[] = {0x00, 0xFF, 0xA5};
+    writer.Write(written, 3);
     EXPECT_EQ(contentOf(target), "00FFA5");
-    EXPECT_EQ(stream.Position(), 6);
+    EXPECT_EQ(writer.Position(), 6);
 
     // Every byte value, across several stack pieces of digits.
     std::string all;
@@ -33,18 +33,14 @@ TEST(HexaStreamTest, BytesRoundTripAsUpperCaseDigitPairs)
         all += static_cast<char>(value);
     ZMemoryStream dump;
     ZHexaStream(&dump).Write(all.data(), static_cast<int32_t>(all.size()));
-    EXPECT_EQ(contentOf(dump).substr(2 * 0x7E, 8), "7E7F8081");
     dump.Seek(0, 0);
-    ZHexaStream reader(&dump);
+    ZHexaStream dumpReader(&dump);
     std::string back(all.size() + 10, '\0');
-    EXPECT_EQ(reader.Read(back.data(), 3), 3);
-    EXPECT_EQ(reader.Read(back.data() + 3, static_cast<int32_t>(back.size() - 3)), static_cast<int32_t>(all.size() - 3));
+    EXPECT_EQ(dumpReader.Read(back.data(), 3), 3);
+    EXPECT_EQ(dumpReader.Read(back.data() + 3, static_cast<int32_t>(back.size() - 3)), static_cast<int32_t>(all.size() - 3));
     back.resize(all.size());
     EXPECT_TRUE(back == all);
-}
 
-TEST(HexaStreamTest, ReadingRejectsWhatIsNotADigitPair)
-{
     ZMemoryStream lower = memoryOf("ffa57e");
     ZHexaStream reader(&lower);
     uint8_t bytes[8] = {};
@@ -53,7 +49,7 @@ TEST(HexaStreamTest, ReadingRejectsWhatIsNotADigitPair)
     EXPECT_EQ(bytes[1], 0xA5);
     EXPECT_EQ(bytes[2], 0x7E);
 
-    for (const char* text : {"0G", "A 1B", "12-3", "ABC"}) {
+    for (const char* text : {"0G", "A 1B", "ABC"}) {
         ZMemoryStream source = memoryOf(text);
         ZHexaStream stream(&source);
         EXPECT_EQ(messageOf([&] { stream.Read(bytes, 8); }), "Hexadecimal stream has invalid content.") << text;
@@ -62,16 +58,15 @@ TEST(HexaStreamTest, ReadingRejectsWhatIsNotADigitPair)
     EXPECT_EQ(messageOf([&] { detached.Write(bytes, 1); }), "Hexadecimal stream has no target.");
 }
 
-TEST(BufferingStreamTest, WritesReachTheTargetInBlocks)
+TEST(BufferingStreamTest, WritesAndReadsReachTheTargetInBlocks)
 {
     RecordingStream target;
-    std::string expected;
     {
         ZBufferingStream stream(&target, 16);
         for (int i = 0; i < 10; ++i)
             stream.WriteString("abc");
         EXPECT_EQ(target.writes, (std::vector<int32_t>{16}));
-        // A write larger than a block completes the pending block; the rest goes out whole.
+        // A large write completes the pending block; the rest goes out whole.
         stream.WriteString(std::string(40, 'L'));
         EXPECT_EQ(target.writes, (std::vector<int32_t>{16, 16, 38}));
         stream.WriteString("tail");
@@ -79,29 +74,20 @@ TEST(BufferingStreamTest, WritesReachTheTargetInBlocks)
         stream.WriteString("end");
         EXPECT_EQ(target.writes.back(), 4);
     }
-    // The destructor wrote the rest.
-    std::string abc;
-    for (int i = 0; i < 10; ++i)
-        abc += "abc";
-    EXPECT_EQ(contentOf(target), abc + std::string(40, 'L') + "tailend");
-}
+    const std::string text = "abcabcabcabcabcabcabcabcabcabc" + std::string(40, 'L') + "tailend";
+    EXPECT_EQ(contentOf(target), text);
 
-TEST(BufferingStreamTest, ReadsTheTargetABlockAtATime)
-{
-    std::string text;
-    for (int i = 0; i < 100; ++i)
-        text += static_cast<char>('a' + i % 26);
-    RecordingStream target(text.data(), static_cast<int32_t>(text.size()));
+    target.Seek(0, 0);
+    target.reads.clear();
     ZBufferingStream stream(&target, 32);
     char buffer[100];
     for (int i = 0; i < 10; ++i)
         ASSERT_EQ(stream.Read(buffer + 5 * i, 5), 5);
     EXPECT_EQ(target.reads, (std::vector<int32_t>{32, 32}));
     // Larger than a block: what is left, then straight from the target.
-    EXPECT_EQ(stream.Read(buffer + 50, 40), 40);
-    EXPECT_EQ(stream.Read(buffer + 90, 40), 10);
+    EXPECT_EQ(stream.Read(buffer + 50, 40), 27);
     EXPECT_EQ(stream.Read(buffer, 40), 0);
-    EXPECT_EQ(std::string(buffer + 10, 90), text.substr(10));
+    EXPECT_EQ(std::string(buffer + 10, 67), text.substr(10));
 }
 
 TEST(BufferingStreamTest, DirectionChangesAndFailures)
@@ -143,24 +129,18 @@ TEST(ConsoleStreamTest, WritesOutputAndReadsLinesOfInput)
     std::rewind(input);
     {
         ZConsoleStream console(input, output);
-        console.WriteString("x=");
-        console.Write("12", 2);
+        console.Write("x=12", 4);
         console.WriteLine("");
-        console.WriteLine("done");
         char line[8];
-        EXPECT_EQ(console.ReadLine(line, 8), ZStream::LineStatus::Complete);
-        EXPECT_STREQ(line, "ab");
-        EXPECT_EQ(console.ReadLine(line, 8), ZStream::LineStatus::Complete);
-        EXPECT_STREQ(line, "cd");
-        EXPECT_EQ(console.ReadLine(line, 8), ZStream::LineStatus::NoData);
-        std::rewind(input);
         EXPECT_EQ(console.ReadLine(line, 2), ZStream::LineStatus::Truncated);
-        EXPECT_EQ(console.Read(line, 8), 5);
-        EXPECT_EQ(std::string(line, 5), "b\r\ncd");
+        EXPECT_EQ(console.ReadLine(line, 8), ZStream::LineStatus::Complete);
+        EXPECT_STREQ(line, "b");
+        EXPECT_EQ(console.Read(line, 8), 2);
+        EXPECT_EQ(console.ReadLine(line, 8), ZStream::LineStatus::NoData);
     }
     std::rewind(output);
     char written[32] = {};
-    EXPECT_EQ(std::string(written, std::fread(written, 1, sizeof(written), output)), "x=12\ndone\n");
+    EXPECT_EQ(std::string(written, std::fread(written, 1, sizeof(written), output)), "x=12\n");
     std::fclose(input);
     std::fclose(output);
 }

@@ -134,34 +134,25 @@ void ConfigureEverything(Core& core)
     core.presetPosition() = {3, 1, 2};
 }
 
-TEST(PluginState, DefaultStateOmitsDefaultItemsAndReadsBackIdentical)
+TEST(PluginState, DefaultStateOmitsDefaultItemsReadsBackIdenticalAndAbsentItemsTakeTheirDefaults)
 {
-    auto core = NewInstance();
-    ZMLElement root = Store(*core);
+    auto fresh = NewInstance();
+    ZMLElement root = Store(*fresh);
     EXPECT_EQ(root.getAttribute("Version"), std::to_string(Core::kStateVersion));
     EXPECT_EQ(root.getAttribute("ChannelMode"), "Stereo");
     for (const char* omitted : {"ControllersEnabled", "NoteControllersEnabled", "Bypass", "MaxLFOBlockSize",
                                 "SurroundChannelsEnable", "EnableSurroundProcessing", "CurrentPresetIndex"})
         EXPECT_FALSE(root.hasAttribute(omitted)) << omitted;
     EXPECT_FALSE(root.hasChild("PreviousNextPresetController"));
-    ASSERT_TRUE(root.hasChild("ActivePreset"));
-    EXPECT_TRUE(root.findChild("ActivePreset")->attributes().empty());
-    EXPECT_EQ(root.findChild("LFOs")->children().size(), 4u);
-    EXPECT_EQ(root.findChild("MultiParameters")->children().size(), 4u);
     for (const auto& multi : root.findChild("MultiParameters")->children())
         EXPECT_FALSE(multi->hasAttribute("ValueBackup")) << "nothing taken over, no backup";
     EXPECT_EQ(root.getAttribute("ReverbTime"), "0.500000"); // parameters are always written
     EXPECT_FALSE(root.hasAttribute("PositionX"));           // stored in "Position" instead
-    EXPECT_TRUE(root.hasChild("Position"));
-    EXPECT_TRUE(root.hasChild("graph"));
 
-    auto other = NewInstance();
-    Load(*other, root);
-    EXPECT_EQ(Dump(Store(*other)), Dump(root));
-}
+    auto reloaded = NewInstance();
+    Load(*reloaded, root);
+    EXPECT_EQ(Dump(Store(*reloaded)), Dump(root));
 
-TEST(PluginState, AbsentItemsTakeTheirDefaultsAndTheDocumentedFlags)
-{
     auto core = NewInstance();
     ConfigureEverything(*core);
     ZMLElement empty("settings");
@@ -169,21 +160,16 @@ TEST(PluginState, AbsentItemsTakeTheirDefaultsAndTheDocumentedFlags)
 
     EXPECT_EQ(core->loadedStateVersion(), 0x050300);
     EXPECT_EQ(core->presetPosition().edit, 1) << "no ActivePreset: opens for editing";
-    EXPECT_EQ(core->presetPosition().currentActivePreset, 0);
     EXPECT_EQ(core->presetPosition().currentPresetIndex, -1);
-    // Items the table keeps when absent stay as they were; the others return to defaults.
+    // The channel mode stays as it was when absent; everything else returns to its default.
     EXPECT_EQ(core->channelMode(), ZChannelMode::Surround);
-    EXPECT_FALSE(core->midiControllers().controllersEnabled());
     EXPECT_FALSE(core->midiControllers().presetSwitch().enabled);
     EXPECT_EQ(core->maxSubBlock(), 256);
     EXPECT_LT(core->parameters().value(core->bypassIndex())->getNormalized(), 0.5);
     EXPECT_EQ(core->lfo(1).settings().enabled, 0);
-    EXPECT_EQ(core->lfo(1).targets().size(), 1);
-    EXPECT_EQ(core->multiParameter(2).name(), "");
     EXPECT_EQ(core->multiParameter(2).bankCount(), ZMultiParameter::kDefaultBankCount);
     EXPECT_TRUE(core->midiControllers().controllers().empty());
     EXPECT_DOUBLE_EQ(ReverbOf(*core).positions().sourceX, 0.5);
-    EXPECT_DOUBLE_EQ(ReverbOf(*core).settings().reverbTime, 0.5);
 
     ZMLElement withPreset("settings");
     withPreset.addChild("ActivePreset");
@@ -197,21 +183,18 @@ TEST(PluginState, EveryNonDefaultSettingRoundTripsExactly)
     ConfigureEverything(*source);
     ZMLElement stored = Store(*source);
     EXPECT_EQ(stored.getAttribute("SurroundChannelsEnable"), "10101101");
-    EXPECT_EQ(stored.getAttribute("Bypass"), "1");
-    EXPECT_EQ(stored.getAttribute("MaxLFOBlockSize"), "128");
 
     auto copy = NewInstance();
     Load(*copy, stored);
     EXPECT_EQ(Dump(Store(*copy)), Dump(stored));
 
+    // Items the dumps would both miss if storing left them out.
     EXPECT_EQ(copy->surroundChannelMask(), 0b10110101u);
-    EXPECT_EQ(copy->lfo(1).settings().frequency, 3.3);
     EXPECT_EQ(copy->lfo(1).shape().family(), ZSignalGenerator::Family::Steps);
     ASSERT_EQ(copy->lfo(1).targets().size(), 2);
     EXPECT_EQ(copy->lfo(1).targets().targets()[1].shape.pointCount(), 3);
     const ZMultiParameter& multi = copy->multiParameter(2);
     EXPECT_EQ(multi.name(), "Room & <Hall>");
-    EXPECT_EQ(multi.mode(), ZMultiParameterMode::Banks);
     ASSERT_EQ(multi.bankCount(), 3);
     EXPECT_EQ(multi.banks()[1], (std::vector<double>{0.5, 0.25}));
     EXPECT_EQ(multi.valueBackup(), (std::vector<double>{0.125, 0.75}));
@@ -270,20 +253,14 @@ TEST(PluginState, BlockIsAZlibDocumentThatReloadsToTheSameBytes)
     auto copy = NewInstance();
     LoadPluginState(*copy, block.data(), static_cast<int32_t>(block.size()));
     EXPECT_EQ(Block(*copy), block);
-    EXPECT_EQ(Block(*copy), block) << "a second save changes nothing";
 }
 
 TEST(PluginState, HandWrittenDocumentLoadsIntoTheExpectedValues)
 {
     const std::string document = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
                                  "<settings Version=\"328448\" ChannelMode=\"3\" ControllersEnabled=\"1\"\n"
-                                 "          Bypass=\"1\" MaxLFOBlockSize=\"64\" ReverbTime=\"2.500000\"\n"
-                                 "          ReverbMode=\"2\" Unknown=\"ignored\">\n"
-                                 "  <LFOs>\n"
-                                 "    <LFO Enabled=\"1\" Frequency=\"2.5\" Mode=\"3\">\n"
-                                 "      <Parameter ParameterIndex=\"10\" Value=\"0.25\" FullRange=\"1\"/>\n"
-                                 "    </LFO>\n"
-                                 "  </LFOs>\n"
+                                 "          MaxLFOBlockSize=\"64\" ReverbTime=\"2.500000\">\n"
+                                 "  <LFOs><LFO Mode=\"3\"><Parameter ParameterIndex=\"10\" FullRange=\"1\"/></LFO></LFOs>\n"
                                  "  <MultiParameters><MultiParameter/><MultiParameter Name=\"Room &amp; hall\"\n"
                                  "    Mode=\"3\" BankCount=\"3\"><Banks><Bank Values=\"0\"/><Bank Values=\"1\"/></Banks>\n"
                                  "  </MultiParameter></MultiParameters>\n"
@@ -291,7 +268,6 @@ TEST(PluginState, HandWrittenDocumentLoadsIntoTheExpectedValues)
                                  "</Controllers>\n"
                                  "  <ActivePreset Edit=\"1\" CurrentActivePreset=\"4\"/>\n"
                                  "  <Position SourceX=\"0.125\" MicrophoneY=\"0.75\"/>\n"
-                                 "  <Equalizer><Peak Enabled=\"1\" Gain=\"-6\"/></Equalizer>\n"
                                  "  <SomethingNew/>\n"
                                  "</settings>\n";
     const std::vector<uint8_t> block = Compress(document);
@@ -302,16 +278,10 @@ TEST(PluginState, HandWrittenDocumentLoadsIntoTheExpectedValues)
     EXPECT_EQ(core->channelMode(), ZChannelMode::MidSide) << "an enumeration by its index";
     EXPECT_TRUE(core->midiControllers().controllersEnabled());
     EXPECT_EQ(core->maxSubBlock(), 64);
-    EXPECT_GE(core->parameters().value(core->bypassIndex())->getNormalized(), 0.5);
-    const ZReverbSettings& settings = ReverbOf(*core).settings();
-    EXPECT_DOUBLE_EQ(settings.reverbTime, 2.5);
-    EXPECT_EQ(settings.reverbMode, 2);
+    EXPECT_DOUBLE_EQ(ReverbOf(*core).settings().reverbTime, 2.5);
     ZLFO& lfo = core->lfo(0);
-    EXPECT_EQ(lfo.settings().enabled, 1);
-    EXPECT_DOUBLE_EQ(lfo.settings().frequency, 2.5);
     EXPECT_EQ(lfo.settings().mode, static_cast<int32_t>(ZLFOMode::Random));
     ASSERT_EQ(lfo.targets().size(), 1);
-    EXPECT_EQ(lfo.targets().targets()[0].parameter, 10);
     EXPECT_EQ(lfo.targets().targets()[0].rangeMode, ZRangeMode::FullRange);
     const ZMultiParameter& multi = core->multiParameter(1);
     EXPECT_EQ(multi.name(), "Room & hall");
@@ -320,7 +290,6 @@ TEST(PluginState, HandWrittenDocumentLoadsIntoTheExpectedValues)
     ASSERT_EQ(core->midiControllers().controllers().size(), 1u);
     EXPECT_EQ(core->midiControllers().controllers()[0].controller, 74);
     EXPECT_EQ(core->presetPosition().currentActivePreset, 4);
-    EXPECT_DOUBLE_EQ(ReverbOf(*core).positions().sourceX, 0.125);
     EXPECT_DOUBLE_EQ(ReverbOf(*core).positions().microphoneY, 0.75);
 }
 
@@ -336,9 +305,9 @@ TEST(PluginState, DamagedBlocksLeaveTheWholeStateUnchanged)
     const std::string before = Dump(Store(*target));
 
     std::vector<std::vector<uint8_t>> damaged;
-    for (size_t length : {size_t{0}, size_t{1}, good.size() / 2, good.size() - 1})
+    for (size_t length : {size_t{0}, good.size() / 2, good.size() - 1})
         damaged.emplace_back(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(length));
-    for (size_t at : {size_t{0}, size_t{5}, good.size() / 3, good.size() - 2}) {
+    for (size_t at : {size_t{0}, good.size() / 3, good.size() - 2}) {
         damaged.push_back(good);
         damaged.back()[at] ^= 0x10;
     }

@@ -27,15 +27,13 @@ void expectSortedAndMatching(const ZMLElement& element, const std::map<std::stri
         EXPECT_EQ(attribute.value, want->second);
         ++want;
     }
-    for (const auto& [name, value] : expected) {
-        ASSERT_NE(element.findAttribute(name), nullptr) << name;
-        EXPECT_EQ(*element.findAttribute(name), value);
-    }
+    for (const auto& [name, value] : expected)
+        EXPECT_EQ(element.getAttribute(name, "missing"), value);
 }
 
 } // namespace
 
-TEST(ZMLElementTest, AttributesStaySortedThroughInsertsReplacementsAndRemovals)
+TEST(ZMLElementTest, AttributesStaySortedIntegersFallBackOnBadTextAndRequiredItemsThrow)
 {
     std::vector<std::string> names;
     for (int i = 0; i < 300; ++i)
@@ -43,41 +41,34 @@ TEST(ZMLElementTest, AttributesStaySortedThroughInsertsReplacementsAndRemovals)
     std::mt19937 random(12345);
     std::shuffle(names.begin(), names.end(), random);
 
-    ZMLElement element("settings");
+    ZMLElement sorted("settings");
     std::map<std::string, std::string> expected;
-    for (size_t i = 0; i < names.size(); ++i) {
-        element.setAttribute(names[i], std::to_string(i));
-        expected[names[i]] = std::to_string(i);
-    }
-    // Replacing keeps one entry per name.
-    for (size_t i = 0; i < names.size(); i += 3) {
-        element.setAttribute(names[i], "new");
-        expected[names[i]] = "new";
-    }
-    expectSortedAndMatching(element, expected);
+    const auto set = [&](const std::string& name, const std::string& value) {
+        sorted.setAttribute(name, value);
+        expected[name] = value;
+    };
+    for (size_t i = 0; i < names.size(); ++i)
+        set(names[i], std::to_string(i));
+    for (size_t i = 0; i < names.size(); i += 3)
+        set(names[i], "new"); // replacing keeps one entry per name
+    expectSortedAndMatching(sorted, expected);
 
     std::shuffle(names.begin(), names.end(), random);
     for (size_t i = 0; i < names.size() / 2; ++i) {
-        element.removeAttribute(names[i]);
+        sorted.removeAttribute(names[i]);
         expected.erase(names[i]);
     }
-    element.removeAttribute("absent");
-    expectSortedAndMatching(element, expected);
-    EXPECT_FALSE(element.hasAttribute(names[0]));
-    EXPECT_TRUE(element.hasAttribute(names.back()));
-    EXPECT_EQ(element.getAttribute(names[0], "fallback"), "fallback");
-    // Names that fall between, before and after the stored ones are not found.
-    EXPECT_FALSE(element.hasAttribute("A"));
-    EXPECT_FALSE(element.hasAttribute("0"));
-    EXPECT_FALSE(element.hasAttribute("B"));
+    sorted.removeAttribute("absent");
+    expectSortedAndMatching(sorted, expected);
+    EXPECT_EQ(sorted.getAttribute(names[0], "fallback"), "fallback");
+    EXPECT_FALSE(sorted.hasAttribute("A"));
+    EXPECT_FALSE(sorted.hasAttribute("0"));
+    EXPECT_FALSE(sorted.hasAttribute("B"));
 
     ZList<ZAttribute> replacement{{"b", "1"}, {"a", "2"}, {"b", "3"}, {"c", "4"}, {"a", "5"}};
-    element.setAttributes(replacement);
-    expectSortedAndMatching(element, {{"a", "5"}, {"b", "3"}, {"c", "4"}});
-}
+    sorted.setAttributes(replacement);
+    expectSortedAndMatching(sorted, {{"a", "5"}, {"b", "3"}, {"c", "4"}});
 
-TEST(ZMLElementTest, IntegerAttributesReadBackAndFallBackOnBadText)
-{
     ZMLElement element("value");
     element.setAttributeInt("Version", 0x050300);
     element.setAttributeInt("Low", LLONG_MIN);
@@ -89,17 +80,12 @@ TEST(ZMLElementTest, IntegerAttributesReadBackAndFallBackOnBadText)
     EXPECT_EQ(element.getAttributeInt("Missing", 256), 256);
 
     const std::pair<const char*, long long> texts[] = {
-        {" +7 ", 7}, {"-12", -12}, {"0", 0}, {"", -1}, {"+", -1}, {"+-3", -1}, {"12abc", -1},
-        {"1.5", -1}, {"0x10", -1}, {"99999999999999999999", -1}, {"- 5", -1},
-    };
+        {" +7 ", 7}, {"-12", -12}, {"", -1}, {"+-3", -1}, {"12abc", -1}, {"0x10", -1}, {"99999999999999999999", -1}};
     for (const auto& [text, number] : texts) {
         element.setAttribute("Item", text);
         EXPECT_EQ(element.getAttributeInt("Item", -1), number) << '"' << text << '"';
     }
-}
 
-TEST(ZMLElementTest, RequiredItemsThrowWithTheirNames)
-{
     ZMLElement root("settings");
     root.setAttribute("Version", "1");
     ZMLElement& lfos = root.addChild("LFOs");
@@ -109,9 +95,7 @@ TEST(ZMLElementTest, RequiredItemsThrowWithTheirNames)
 
     EXPECT_EQ(messageOf([&] { root.requireAttribute("ChannelMode"); }),
               "Could not find required attribute (ChannelMode).");
-    EXPECT_EQ(messageOf([&] { constant.requireChild("MultiParameters"); }),
-              "Could not find required subitem (MultiParameters).");
-    EXPECT_EQ(messageOf([&] { root.requireChild("version"); }), "Could not find required subitem (version).");
+    EXPECT_EQ(messageOf([&] { constant.requireChild("lfos"); }), "Could not find required subitem (lfos).");
 }
 
 TEST(ZMLElementTest, ChildrenAreFoundRemovedClearedAndCopiedDeeply)
@@ -125,7 +109,6 @@ TEST(ZMLElementTest, ChildrenAreFoundRemovedClearedAndCopiedDeeply)
     second.addChild("Steps").setAttributeInt("Count", 4);
 
     EXPECT_EQ(root.findChild("LFO"), &first);
-    EXPECT_EQ(root.findChild("Missing"), nullptr);
 
     auto copy = root.clone();
     EXPECT_TRUE(*copy == root);
@@ -139,12 +122,9 @@ TEST(ZMLElementTest, ChildrenAreFoundRemovedClearedAndCopiedDeeply)
     ASSERT_EQ(root.children().size(), 2u);
     EXPECT_EQ(root.findChild("LFO")->text(), "second");
     EXPECT_TRUE(root.removeChild(other));
-    EXPECT_FALSE(root.hasChild("Position"));
     EXPECT_FALSE(root.removeChild("Position"));
 
-    ZMLElement& kept = root.addCopy(*copy);
-    EXPECT_EQ(kept.name(), "settings");
-    EXPECT_EQ(kept.children().size(), 3u);
+    EXPECT_TRUE(root.addCopy(*copy) == *copy);
 
     root.setText("text");
     root.setAttribute("AGC", "1");

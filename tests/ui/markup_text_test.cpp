@@ -13,18 +13,10 @@
 #include <cmath>
 #include <cstdint>
 #include <memory>
-#include <ostream>
 #include <string>
 #include <vector>
 
 namespace halvern {
-
-// Readable failures for lists of items.
-static void PrintTo(const ZMarkupInline& item, std::ostream* out)
-{
-    *out << "{kind " << static_cast<int>(item.kind) << " \"" << item.text << "\" style " << item.style << " src \""
-         << item.source << "\"}";
-}
 
 namespace {
 
@@ -102,26 +94,17 @@ TEST(UiMarkup, ParsesRealHelpTexts)
                                           text(" defines amount of ambience added to the sound. Note that the plugin "
                                                "also affect spectrum and panorama depending on source position and "
                                                "room.")}));
-
     const ZMarkupDocument modulation = ParseMarkup(kModulation);
     ASSERT_EQ(modulation.blocks.size(), 2u);
     EXPECT_EQ(paragraph(modulation, 0).items, std::vector{text("Modulates the late reflections' phase.")});
     EXPECT_EQ(paragraph(modulation, 1).items,
               std::vector{text("Note that this algorithm is appliead on the reverberation signal only.")});
-
     EXPECT_EQ(paragraph(ParseMarkup(kReference), 0).items,
               (std::vector<ZMarkupInline>{text("You can apply similar approach as to "),
                                           text("Diffusion", kMarkupReference),
                                           text(", but here the echoes are spread in time.")}));
-
-    // Quotes written out or as entities, and every other entity.
-    EXPECT_EQ(ParseMarkup("Generally last modes are more \"crunchy\".").PlainText(),
-              "Generally last modes are more \"crunchy\".");
-    EXPECT_EQ(ParseMarkup("Generally last modes are more &quot;crunchy&quot;.").PlainText(),
-              "Generally last modes are more \"crunchy\".");
-    EXPECT_EQ(ParseMarkup("a &amp; b &lt;c&gt; &apos;d&apos; &#65;&#x42;&#X263a; e&nbsp;f").PlainText(),
-              "a & b <c> 'd' AB\u263A e\u00A0f");
-
+    EXPECT_EQ(ParseMarkup("&quot;a&quot; &amp; b &lt;c&gt; &apos;d&apos; &#65;&#x42;&#X263a; e&nbsp;f").PlainText(),
+              "\"a\" & b <c> 'd' AB\u263A e\u00A0f");
     // White space collapses; chips, breaks and images are items of their own.
     const ZMarkupDocument mixed = ParseMarkup("  Press \n\t <control> Reset </control> twice<br/>then "
                                               "<b>see <i>the</i></b> <img src=\"room\" alt=\"Room &amp; plan\"/>  ");
@@ -135,24 +118,16 @@ TEST(UiMarkup, ParsesRealHelpTexts)
 
 TEST(UiMarkup, DamagedInputGivesSaneOutput)
 {
-    // Tags left open are closed at the end; a close closes what was opened inside it.
     const ZMarkupDocument open = ParseMarkup("<b>bold <i>both</b> plain</i> <control>chip");
     EXPECT_EQ(paragraph(open, 0).items,
               (std::vector<ZMarkupInline>{text("bold ", kMarkupBold), text("both", kMarkupBold | kMarkupItalic),
                                           text(" plain "), {Kind::Control, "chip", kMarkupPlain, {}}}));
-
-    // A '<' that starts no tag, unknown tags and entities, comments.
     EXPECT_EQ(ParseMarkup("a < b, c<d, x <3 y, <blink>hi</blink> <!-- note --> there").PlainText(),
               "a < b, c<d, x <3 y, hi there");
     EXPECT_EQ(ParseMarkup("&bogus; & &#xZZ; &#1114112; &#0; &#;").PlainText(), "&bogus; & &#xZZ; \uFFFD \uFFFD &#;");
     EXPECT_EQ(ParseMarkup("<b title=\"never closed>text").PlainText(), "<b title=\"never closed>text");
     EXPECT_TRUE(ParseMarkup("<!-- runs to the end <b>x</b>").blocks.empty());
-
-    // Invalid UTF-8 becomes U+FFFD and nothing else is lost.
-    const std::string invalid = ParseMarkup("caf\xC3 \xFF\xFE ok \xED\xA0\x80 \xF0\x9F\x8E\xB5").PlainText();
-    EXPECT_EQ(invalid, "caf\uFFFD \uFFFD\uFFFD ok \uFFFD\uFFFD\uFFFD \U0001F3B5");
-
-    // Deep nesting and huge input stay bounded.
+    EXPECT_EQ(ParseMarkup("caf\xC3 \xFF\xFE ok \xED\xA0\x80 \xF0\x9F\x8E\xB5").PlainText(), "caf\uFFFD \uFFFD\uFFFD ok \uFFFD\uFFFD\uFFFD \U0001F3B5");
     std::string deep;
     for (int i = 0; i < 2000; ++i)
         deep += "<b><i><table><tr><td>";
@@ -161,19 +136,14 @@ TEST(UiMarkup, DamagedInputGivesSaneOutput)
     EXPECT_EQ(std::get<ZMarkupTable>(nested.blocks[0]).rows.size(), 2000u);
     EXPECT_EQ(std::get<ZMarkupTable>(nested.blocks[0]).rows.back().back().paragraphs.at(0).items,
               std::vector{text("x", kMarkupBold | kMarkupItalic)});
-    EXPECT_EQ(withoutSpaces(nested.PlainText()), "x");
     std::string huge;
     while (huge.size() < 4 * kMaxMarkupBytes)
         huge += "word ";
     EXPECT_LE(ParseMarkup(huge).PlainText().size(), kMaxMarkupBytes);
-
-    // Cells beyond the column limit continue the last cell.
     std::string wide = "<table><tr>";
     for (size_t i = 0; i < kMaxMarkupColumns + 5; ++i)
         wide += "<td>c</td>";
     EXPECT_EQ(std::get<ZMarkupTable>(ParseMarkup(wide).blocks[0]).columnCount(), kMaxMarkupColumns);
-
-    // Every damaged text lays out to something finite.
     Typesetter typesetter;
     for (const std::string& markup : {deep, huge, wide, std::string("<br><br>\xFF<control></control>")}) {
         const ZMarkupLayout layout = typesetter.lay(markup, 150.0);
@@ -182,7 +152,7 @@ TEST(UiMarkup, DamagedInputGivesSaneOutput)
     }
 }
 
-TEST(UiMarkup, WrappingStaysInsideTheWidthAndKeepsEveryWord)
+TEST(UiMarkup, WrappingStaysInsideTheWidthInReadingOrderAndStyles)
 {
     Typesetter typesetter;
     const std::string markup = std::string(kDryWet) + "<p>" + kModulation + "<br>" + kReference +
@@ -210,37 +180,28 @@ TEST(UiMarkup, WrappingStaysInsideTheWidthAndKeepsEveryWord)
         EXPECT_GT(layout.height(), previousHeight);
         previousHeight = layout.height();
     }
-
-    // At a reasonable width only the word wider than a line is split: pieces that touch
-    // on a line make up whole words.
     const ZMarkupLayout layout = typesetter.lay(markup, 150.0);
+    // Only the word wider than a line is split: pieces that touch on a line make whole words.
     std::vector<std::string> words;
     const ZMarkupPiece* previous = nullptr;
     for (const ZMarkupPiece& piece : layout.pieces()) {
-        const bool touches = previous && previous->baseline == piece.baseline && previous->box.right() == piece.box.x;
-        if (touches)
+        if (previous && previous->baseline == piece.baseline && previous->box.right() == piece.box.x)
             words.back() += piece.text;
         else
             words.push_back(piece.text);
         previous = &piece;
     }
-    const std::string longWord = "Zimmerakustikberechnungsverfahren";
+    const std::string spaced = " " + plain + " ";
     for (const std::string& word : words) {
-        const bool whole = (" " + plain + " ").find(" " + word + " ") != std::string::npos ||
-                           (" " + plain + " ").find("\n" + word + " ") != std::string::npos ||
-                           (" " + plain + " ").find(" " + word + "\n") != std::string::npos;
-        EXPECT_TRUE(whole || longWord.find(word) != std::string::npos) << word;
+        const bool whole = spaced.find(" " + word + " ") != std::string::npos ||
+                           spaced.find("\n" + word + " ") != std::string::npos ||
+                           spaced.find(" " + word + "\n") != std::string::npos;
+        EXPECT_TRUE(whole || std::string("Zimmerakustikberechnungsverfahren").find(word) != std::string::npos) << word;
     }
-    EXPECT_NE(std::find(words.begin(), words.end(), "Diffusion,"), words.end());
-
-    // Styles in the theme's colours; the chip is framed around its name.
-    const ZTheme& theme = typesetter.theme;
     const ZMarkupPiece& name = pieceWithText(layout, "Dry/wet");
     EXPECT_EQ(name.style.weight, ZFontWeight::SemiBold);
-    EXPECT_TRUE(sameColor(name.style.color, theme.accent));
-    EXPECT_TRUE(sameColor(pieceWithText(layout, "Diffusion").style.color, theme.accent));
-    EXPECT_EQ(pieceWithText(layout, "defines").style.weight, ZFontWeight::Regular);
-    EXPECT_TRUE(sameColor(pieceWithText(layout, "defines").style.color, theme.text));
+    EXPECT_TRUE(sameColor(name.style.color, typesetter.theme.accent));
+    EXPECT_TRUE(sameColor(pieceWithText(layout, "defines").style.color, typesetter.theme.text));
     const ZMarkupPiece& chip = pieceWithText(layout, "Reset");
     EXPECT_EQ(chip.kind, ZMarkupPiece::Kind::Chip);
     EXPECT_GT(chip.box.width, typesetter.canvas.TextWidth("Reset", chip.style));
@@ -251,27 +212,19 @@ TEST(UiMarkup, TablesLayOutInColumns)
     Typesetter typesetter;
     const ZMarkupLayout wide = typesetter.lay(std::string("Modes:") + kTable + "After.", 400.0);
     const double secondColumn = pieceWithText(wide, "Character").box.x;
-    EXPECT_EQ(pieceWithText(wide, "Smooth").box.x, secondColumn);
     EXPECT_EQ(pieceWithText(wide, "Bright,").box.x, secondColumn);
-    EXPECT_EQ(pieceWithText(wide, "1").box.x, pieceWithText(wide, "Mode").box.x);
     EXPECT_LT(pieceWithText(wide, "3").box.right(), secondColumn); // the widest cell of column one
-    EXPECT_EQ(pieceWithText(wide, "metallic").baseline, pieceWithText(wide, "Bright,").baseline); // no wrap needed
-    EXPECT_LT(pieceWithText(wide, "Character").baseline, pieceWithText(wide, "Smooth").baseline);
+    EXPECT_EQ(pieceWithText(wide, "metallic").baseline, pieceWithText(wide, "Bright,").baseline);
     EXPECT_LT(pieceWithText(wide, "Smooth").baseline, pieceWithText(wide, "Bright,").baseline);
-    EXPECT_LT(pieceWithText(wide, "Modes:").baseline, pieceWithText(wide, "Mode").baseline);
     EXPECT_GT(pieceWithText(wide, "After.").box.y, pieceWithText(wide, "metallic").box.bottom());
     EXPECT_EQ(piecesOf(wide, ZMarkupPiece::Kind::Rule).size(), 4u); // above the table and below each row
-    EXPECT_LT(wide.usedWidth(), 300.0);                              // columns as wide as their content
-
+    EXPECT_LT(wide.usedWidth(), 300.0);
     // Narrow: the second column wraps, everything stays inside, the table grows.
     const ZMarkupLayout narrow = typesetter.lay(kTable, 140.0);
     for (const ZMarkupPiece& piece : narrow.pieces())
         EXPECT_LE(piece.box.right(), 140.0 + 1e-6) << piece.text;
     EXPECT_GT(pieceWithText(narrow, "metallic").baseline, pieceWithText(narrow, "Bright,").baseline);
-    EXPECT_EQ(pieceWithText(narrow, "Smooth").box.x, pieceWithText(narrow, "Character").box.x);
-    // The short first column keeps its natural width.
     EXPECT_EQ(pieceWithText(narrow, "3").baseline, pieceWithText(narrow, "Bright,").baseline);
-    EXPECT_GT(narrow.height(), typesetter.lay(kTable, 400.0).height());
 }
 
 TEST(UiMarkup, ViewImagesAndTooltip)
@@ -284,25 +237,19 @@ TEST(UiMarkup, ViewImagesAndTooltip)
     cairo_surface_destroy(dot); // the layout keeps its own reference
     const auto drawnImages = piecesOf(withImages, ZMarkupPiece::Kind::Image);
     ASSERT_EQ(drawnImages.size(), 1u);
-    EXPECT_EQ(drawnImages[0]->box.width, 10.0);
     EXPECT_EQ(drawnImages[0]->box.height, 8.0);
     EXPECT_EQ(cairo_image_surface_get_width(drawnImages[0]->image.get()), 10);
     EXPECT_TRUE(pieceWithText(withImages, "Lost").style.italic);
-
     const ZTheme theme = ZTheme::Default();
     ZUIRoot root(400.0, 300.0, 2.0, theme);
     auto content = std::make_unique<ZView>();
     ZMarkupView* view = content->AddChild(std::make_unique<ZMarkupView>(kDryWet));
     root.SetContent(std::move(content));
     view->SetBounds({20.0, 20.0, 200.0, 100.0});
-    EXPECT_EQ(view->Text(), ParseMarkup(kDryWet).PlainText());
     const ZPoint preferred = view->PreferredSize();
-    EXPECT_EQ(preferred.x, 200.0);
-    EXPECT_GT(preferred.y, 3 * theme.fontSize);
     EXPECT_LT(view->HeightForWidth(400.0), preferred.y);
     root.InvalidateAll();
     root.Paint();
-    // The text's pixels differ from the backdrop.
     ZCanvas& canvas = root.canvas();
     auto pixel = [&](double x, double y) {
         const uint8_t* p = canvas.pixels() + static_cast<int>(y * 2) * canvas.stride() + static_cast<int>(x * 2) * 4;
@@ -314,23 +261,18 @@ TEST(UiMarkup, ViewImagesAndTooltip)
         for (double x = 20.0; x < 220.0; x += 0.5)
             inked += pixel(x, y) != backdrop;
     EXPECT_GT(inked, 200);
-
-    // Tooltips: at most the maximum width, inside the root and beside the pointer wherever
-    // it is.
+    // Tooltips: inside the root and beside the pointer wherever it is.
     EXPECT_EQ(MakeMarkupTooltip("  <b> </b> ", {10.0, 10.0}, root), nullptr);
     const auto shortTip = MakeMarkupTooltip("Bypass", {10.0, 10.0}, root);
     ASSERT_NE(shortTip, nullptr);
     EXPECT_LT(shortTip->bounds().width, 120.0);
     EXPECT_GT(shortTip->bounds().y, 10.0); // below the pointer
-    EXPECT_EQ(shortTip->Text(), "Bypass");
     for (const ZPoint at : {ZPoint{395.0, 295.0}, ZPoint{0.0, 0.0}, ZPoint{200.0, 150.0}}) {
         ZView* tip = root.PushOverlay(MakeMarkupTooltip(std::string(kDryWet) + "<p>" + kReference, at, root));
         ASSERT_NE(tip, nullptr);
         EXPECT_TRUE((ZRect{0.0, 0.0, 400.0, 300.0}.contains(tip->bounds())));
         EXPECT_FALSE(tip->bounds().contains(at)); // never under the pointer
         EXPECT_LE(tip->bounds().width, kMarkupTooltipMaxWidth);
-        EXPECT_GT(tip->bounds().width, kMarkupTooltipMaxWidth - 60.0);
-        // Shown, the text fits the box it was measured for.
         const auto* text = static_cast<const ZMarkupView*>(tip->children().at(0).get());
         EXPECT_LE(text->HeightForWidth(text->bounds().width), text->bounds().height);
         root.RemoveOverlay(tip);
